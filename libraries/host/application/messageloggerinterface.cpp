@@ -1,0 +1,63 @@
+#include "messageloggerinterface.h"
+
+#include <QMutexLocker>
+#include <QtDebug>
+
+MessageLoggerInterface* MessageLoggerInterface::returnMe()
+{
+    static MessageLoggerInterface instance;
+    return &instance;
+}
+
+void MessageLoggerInterface::Error(const QString& text, MessageLoggerInterface* logger)
+{
+    (logger ? logger : returnMe())->log(LevelError, text);
+}
+
+void MessageLoggerInterface::Warning(const QString& text, MessageLoggerInterface* logger)
+{
+    (logger ? logger : returnMe())->log(LevelWarning, text);
+}
+
+void MessageLoggerInterface::Information(const QString& text, MessageLoggerInterface* logger)
+{
+    (logger ? logger : returnMe())->log(LevelInformation, text);
+}
+
+void MessageLoggerInterface::log(Level level, const QString& text)
+{
+    {
+        QMutexLocker lock(&m_mutex);
+        m_entries.append({level, QDateTime::currentDateTime(), text});
+    }
+    switch (level) {
+    case LevelError: qWarning().noquote() << "Error:" << text; break;
+    case LevelWarning: qWarning().noquote() << "Warning:" << text; break;
+    case LevelInformation: qInfo().noquote() << "Information:" << text; break;
+    }
+    // Listeners (the host's log window) live on the GUI thread; a message
+    // from a pool thread reaches them queued.
+    emit messageLogged(int(level), text);
+}
+
+QList<MessageLoggerInterface::Entry> MessageLoggerInterface::entries() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_entries;
+}
+
+QStringList MessageLoggerInterface::texts() const
+{
+    QMutexLocker lock(&m_mutex);
+    QStringList result;
+    result.reserve(m_entries.size());
+    for (const Entry& e : m_entries)
+        result.append(e.text);
+    return result;
+}
+
+void MessageLoggerInterface::clear()
+{
+    QMutexLocker lock(&m_mutex);
+    m_entries.clear();
+}

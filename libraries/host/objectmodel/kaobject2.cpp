@@ -1,0 +1,70 @@
+#include "kaobject2.h"
+
+KAObject2::KAObject2(KAObjectType type, const QString& name)
+    : m_type(type)
+    , m_name(name)
+    , m_foldedName(name.toCaseFolded())
+{
+}
+
+// A copy is a free-standing object: same kind, name, database and accepted
+// kinds, but no place in the database's structure.
+KAObject2::KAObject2(const KAObject2& other)
+    : m_type(other.m_type)
+    , m_name(other.m_name)
+    , m_foldedName(other.m_foldedName)
+    , m_db(other.m_db)
+    , m_id(other.m_id)
+    , m_allowedTypes(other.m_allowedTypes)
+{
+}
+
+KAObject2& KAObject2::operator=(const KAObject2& other)
+{
+    if (this != &other) {
+        m_type = other.m_type;
+        m_name = other.m_name;
+        m_foldedName = other.m_foldedName;
+        m_db = other.m_db;
+        m_id = other.m_id;
+        m_allowedTypes = other.m_allowedTypes;
+    }
+    return *this;
+}
+
+KAObject2::~KAObject2() = default;
+
+KAObjectType KAObject2::type() const
+{
+    return m_type;
+}
+
+void KAObject2::setName(const QString& name)
+{
+    m_name = name;
+    m_foldedName = name.toCaseFolded();
+}
+
+void KAObject2::setParentObject(KAObject2* parent)
+{
+    m_parent = parent;
+    if (parent)
+        parent->m_children.append(this);
+}
+
+void KAObject2::detachFromParent()
+{
+    if (m_parent)
+        m_parent->m_children.removeOne(this);
+    m_parent = nullptr;
+}
+
+void KAObject2::addAllowedVisualReparentType(KAObjectType type)
+{
+    m_allowedTypes.append(type);
+}
+
+KAObject2* KAObject2::clone() const
+{
+    return new KAObject2(*this);
+}

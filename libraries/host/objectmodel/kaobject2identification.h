@@ -1,0 +1,23 @@
+#pragma once
+
+#include "kaobject2.h"
+
+class KAObject2IdentificationGroup;
+class KAObject2PeakDetect;
+
+class KAHOST_EXPORT KAObject2Identification : public KAObject2
+{
+public:
+    explicit KAObject2Identification(const QString& name)
+        : KAObject2(KAObjectTypeIdentification, name) {}
+    void setParentGroup(const KAObject2IdentificationGroup* group) { m_group = group; }
+    const KAObject2IdentificationGroup* parentGroup() const { return m_group; }
+    // The peak detections this identification works on.
+    const QList<const KAObject2PeakDetect*>& workPDList() const { return m_workPD; }
+    void addWorkPD(const KAObject2PeakDetect* peakDetect) { m_workPD.append(peakDetect); }
+    KAObject2* clone() const override { return new KAObject2Identification(*this); }
+
+private:
+    const KAObject2IdentificationGroup* m_group = nullptr; // not owned
+    QList<const KAObject2PeakDetect*> m_workPD;             // not owned
+};
