@@ -20,6 +20,11 @@ bool TXMLMethod::save(const QDomDocument* document, const QString& path, bool in
         document->save(stream, indent ? 2 : -1);
         stream.flush();
     }
+    return writeAtomically(path, bytes);
+}
+
+bool TXMLMethod::writeAtomically(const QString& path, const QByteArray& bytes)
+{
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;

@@ -19,6 +19,9 @@ public:
     // Writes the document in UTF-8, indented by 2, replacing the file only
     // when every byte reached the disk: a failed write keeps the old file.
     static bool save(const QDomDocument* document, const QString& path, bool indent = true, bool encodingDeclaration = true);
+    // Replaces the file with the bytes only when all of them reached the
+    // disk; on failure the previous file is left as it was.
+    static bool writeAtomically(const QString& path, const QByteArray& bytes);
     // The first child element of that tag, into result; false when absent.
     static bool getElement(const QDomNode& parent, const QString& tag, QDomNode& result);
     // The attribute of an element, empty when absent.
