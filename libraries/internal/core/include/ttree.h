@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tassert.h"
+
 // Ordered tree of browser nodes. A tree is a node; children hang on a singly
 // linked list, newest first. A node owns its children and, when ownsData()
 // is set, its payload (deleted through its virtual destructor).
@@ -67,9 +69,18 @@ public:
     // Unlinks the node from its parent and keeps its subtree.
     void detach() { unlink(); }
 
-    // Moves the node (with its subtree) to be the parent's new first child.
+    // Moves the node (with its subtree) to be the parent's new first child;
+    // like a new child, the node takes ownsData from its new parent. A node
+    // cannot move under itself or one of its descendants: that would close
+    // a cycle that no destructor or walk ever leaves.
     void attachTo(TTree* parent)
     {
+        for (const TTree* p = parent; p; p = p->m_parent) {
+            if (p == this) {
+                t_assert("parent outside the moved subtree", "libraries\\internal\\core\\include\\ttree", __LINE__, false);
+                return;
+            }
+        }
         unlink();
         if (parent)
             linkUnder(parent);
