@@ -1,0 +1,3 @@
+#include "katreewidgetitemcreatorabstract.h"
+
+KATreeWidgetItemCreatorAbstract::~KATreeWidgetItemCreatorAbstract() = default;

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "kahost_export.h"
+
+class KAObject2;
+class KATreeWidgetItem;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+// Makes the tree items of the objects it knows. Registered with
+// KATreeWidgetItemCreator by the modules that show objects of their own.
+class KAHOST_EXPORT KATreeWidgetItemCreatorAbstract
+{
+public:
+    virtual ~KATreeWidgetItemCreatorAbstract();
+
+    // Makes the item of object under parentItem when given, else as a
+    // top-level item of view; the item belongs to its parent or view.
+    // Returns null when this creator does not make items for that object.
+    // Runs for every item a view shows: keep it cheap.
+    virtual KATreeWidgetItem* createItem(const KAObject2* object, QTreeWidgetItem* parentItem,
+                                         QTreeWidget* view) = 0;
+};
