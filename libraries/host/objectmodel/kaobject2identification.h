@@ -15,6 +15,9 @@ public:
     // The peak detections this identification works on.
     const QList<const KAObject2PeakDetect*>& workPDList() const { return m_workPD; }
     void addWorkPD(const KAObject2PeakDetect* peakDetect) { m_workPD.append(peakDetect); }
+    // Used by the database when a peak detection is deleted, so that no
+    // identification keeps a dangling pointer.
+    void removeWorkPD(const KAObject2PeakDetect* peakDetect) { m_workPD.removeAll(peakDetect); }
     KAObject2* clone() const override { return new KAObject2Identification(*this); }
 
 private:

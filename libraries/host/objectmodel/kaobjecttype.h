@@ -16,7 +16,7 @@ enum KAObjectType : qint32 {
     KAObjectTypeChromatogram = 265,        // offered an extra tree-widget action
     KAObjectTypeIdentifications = 277,
     KAObjectTypeIdentificationGroup = 281,
-    KAObjectTypeIdentification = 282,
+    KAObjectTypeIdentification = 277,      // an identification reports the branch kind
     KAObjectTypeDeconvMS = 293,
     KAObjectTypeBrowserItem = 512,         // browser-made
     KAObjectTypeAnalysisFolder = 514,

@@ -1,0 +1,27 @@
+#include "kaprojectbrowserplugin.h"
+
+#include "ttree.h"
+
+KAProjectBrowserPlugin::KAProjectBrowserPlugin(KAAbstractBrowserCtrl* ctrl, const QString& name)
+    : QObject(nullptr)
+    , KAProjectBrowserAbstract(ctrl)
+    , m_name(name)
+{
+}
+
+KAProjectBrowserPlugin::~KAProjectBrowserPlugin()
+{
+    delete m_tree;
+}
+
+void KAProjectBrowserPlugin::refreshCurrentView()
+{
+}
+
+void KAProjectBrowserPlugin::setTree(Node* tree)
+{
+    if (tree == m_tree)
+        return;
+    delete m_tree;
+    m_tree = tree;
+}
