@@ -1,5 +1,6 @@
 #include "applicationinterface.h"
 
+#include "kaaliasfoldermgr.h"
 #include "tapplicationdata.h"
 #include "txmlmethod.h"
 
@@ -13,6 +14,18 @@ ApplicationInterface* ApplicationInterface::returnMe()
 }
 
 ApplicationInterface::ApplicationInterface() = default;
+
+ApplicationInterface::~ApplicationInterface()
+{
+    delete m_aliasFolderMgr;
+}
+
+KAAliasFolderMgr* ApplicationInterface::aliasFolderMgr()
+{
+    if (!m_aliasFolderMgr)
+        m_aliasFolderMgr = new KAAliasFolderMgr;
+    return m_aliasFolderMgr;
+}
 
 QString ApplicationInterface::settingsPath() const
 {
@@ -35,6 +48,13 @@ void ApplicationInterface::loadSettings()
     for (QDomElement e = root.firstChildElement(QStringLiteral("setting")); !e.isNull();
          e = e.nextSiblingElement(QStringLiteral("setting")))
         m_settings.insert(e.attribute(QStringLiteral("key")), e.attribute(QStringLiteral("value")));
+}
+
+void ApplicationInterface::reloadSettings()
+{
+    m_settings.clear();
+    m_loaded = false;
+    loadSettings();
 }
 
 QVariant ApplicationInterface::setting(const QString& key, const QVariant& defaultValue) const

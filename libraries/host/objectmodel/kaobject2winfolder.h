@@ -1,0 +1,19 @@
+#pragma once
+
+#include "kaobject2winfile.h"
+
+#include <QDir>
+
+// A folder of the file-system explorer, listed when expanded.
+class KAHOST_EXPORT KAObject2WinFolder : public KAObject2WinFile
+{
+public:
+    explicit KAObject2WinFolder(const QFileInfo& info)
+        : KAObject2WinFile(info, displayName(info), KAObjectTypeWinFolder) {}
+    QDir getDir() const { return QDir(filePath()); }
+    KAObject2* clone() const override { return new KAObject2WinFolder(*this); }
+
+protected:
+    KAObject2WinFolder(const QFileInfo& info, const QString& name, KAObjectType type)
+        : KAObject2WinFile(info, name, type) {}
+};

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "kahost_export.h"
+
+class KAObject2WinFile;
+class QFileInfo;
+
+// Makes the object of a file-system entry: a folder for a directory, a file
+// otherwise. The caller owns it.
+class KAHOST_EXPORT KAObject2WinItemFactory
+{
+public:
+    static KAObject2WinFile* createItem(const QFileInfo& info);
+};
