@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QLibraryInfo>
 #include <QLocale>
+#include <QPointer>
 #include <QTranslator>
 
 namespace {
@@ -12,6 +13,8 @@ namespace {
 class FrenchTwinTranslator : public QTranslator
 {
 public:
+    using QTranslator::QTranslator;
+
     QString translate(const char* context, const char* sourceText, const char* disambiguation,
                       int n) const override
     {
@@ -27,8 +30,10 @@ public:
 };
 
 TTranslator::Language g_language = TTranslator::English;
-FrenchTwinTranslator* g_twins = nullptr; // owned by the application object
-QTranslator* g_qtFrench = nullptr;      // owned by the application object
+// Both children of the application object: the guarded pointers clear when
+// it goes, so a later application object gets fresh ones.
+QPointer<FrenchTwinTranslator> g_twins;
+QPointer<QTranslator> g_qtFrench;
 
 } // namespace
 
@@ -38,26 +43,25 @@ void TTranslator::setLanguage(Language language)
     QCoreApplication* app = QCoreApplication::instance();
     if (!app)
         return;
-    if (language == French) {
-        if (!g_qtFrench) {
-            g_qtFrench = new QTranslator(app);
-            if (!g_qtFrench->load(QLocale(QLocale::French), QStringLiteral("qtbase"), QStringLiteral("_"),
-                                  QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
-                g_qtFrench->load(QLocale(QLocale::French), QStringLiteral("qt"), QStringLiteral("_"),
-                                 QLibraryInfo::location(QLibraryInfo::TranslationsPath));
-        }
-        if (!g_twins)
-            g_twins = new FrenchTwinTranslator;
-        g_twins->setParent(app);
-        // Installed last, asked first: the module's twins win over Qt's own.
-        QCoreApplication::installTranslator(g_qtFrench);
-        QCoreApplication::installTranslator(g_twins);
-    } else {
-        if (g_twins)
-            QCoreApplication::removeTranslator(g_twins);
-        if (g_qtFrench)
-            QCoreApplication::removeTranslator(g_qtFrench);
+    // Removed first in both cases: installing twice would stack a second
+    // copy that one later removal leaves behind.
+    if (g_twins)
+        QCoreApplication::removeTranslator(g_twins);
+    if (g_qtFrench)
+        QCoreApplication::removeTranslator(g_qtFrench);
+    if (language != French)
+        return;
+    if (!g_qtFrench) {
+        g_qtFrench = new QTranslator(app);
+        const QString dir = QLibraryInfo::location(QLibraryInfo::TranslationsPath);
+        if (!g_qtFrench->load(QLocale(QLocale::French), QStringLiteral("qtbase"), QStringLiteral("_"), dir))
+            g_qtFrench->load(QLocale(QLocale::French), QStringLiteral("qt"), QStringLiteral("_"), dir);
     }
+    if (!g_twins)
+        g_twins = new FrenchTwinTranslator(app);
+    // Installed last, asked first: the module's twins win over Qt's own.
+    QCoreApplication::installTranslator(g_qtFrench);
+    QCoreApplication::installTranslator(g_twins);
 }
 
 TTranslator::Language TTranslator::language()
