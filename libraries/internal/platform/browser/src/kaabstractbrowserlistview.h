@@ -49,6 +49,8 @@ public:
     // True when an item of the view shows the object.
     bool showsObject(const KAObject2* object) const;
     KAAbstractBrowserCtrl* controller() const { return m_controller; }
+    // For a controller that goes before its view.
+    void releaseController() { m_controller = nullptr; }
     QTimer* reactivateTimer() { return &m_reactivateTimer; }
 
     // Makes the item of a node (under parentItem, else at top level), linked

@@ -12,6 +12,9 @@
 #include "tdatabase.h"
 #include "ttree.h"
 
+#include <QCoreApplication>
+#include <QThread>
+
 KAProjectBrowserCtrl::KAProjectBrowserCtrl()
     : KAAbstractBrowserCtrl(QString())
 {
@@ -38,10 +41,41 @@ void KAProjectBrowserCtrl::addPlugin(KAProjectBrowserPlugin* plugin, KATreeWidge
     if (!plugin)
         return;
     m_pluginList.append(plugin);
-    if (creator) {
+    if (!creator)
+        return;
+    // The item registry belongs to the GUI thread.
+    if (QCoreApplication::instance() && QThread::currentThread() != QCoreApplication::instance()->thread()) {
+        m_pendingCreators.append(creator);
+        return;
+    }
+    m_creatorList.append(creator);
+    KATreeWidgetItemCreator::instance()->addCreator(creator);
+}
+
+void KAProjectBrowserCtrl::moveToThread(QThread* thread)
+{
+    for (KAProjectBrowserMgr* mgr : qAsConst(m_mgrList))
+        mgr->moveToThread(thread);
+    for (KAProjectBrowserPlugin* plugin : qAsConst(m_pluginList))
+        plugin->moveToThread(thread);
+}
+
+// Called on the GUI thread once a controller made elsewhere arrives.
+void KAProjectBrowserCtrl::registerPendingCreators()
+{
+    for (KATreeWidgetItemCreatorAbstract* creator : qAsConst(m_pendingCreators)) {
         m_creatorList.append(creator);
         KATreeWidgetItemCreator::instance()->addCreator(creator);
     }
+    m_pendingCreators.clear();
+}
+
+KAProjectBrowserCtrl::Node* KAProjectBrowserCtrl::takeSearchResult(const QString& text)
+{
+    if (!m_searchPlugin)
+        return nullptr;
+    m_searchPlugin->search(text, currentKind());
+    return m_searchPlugin->takeTree();
 }
 
 void KAProjectBrowserCtrl::init(bool multiProject, KAProjectBrowserFilterPackage* filter)

@@ -14,6 +14,7 @@ class KAProjectBrowserPlugin;
 class KAProjectBrowserPluginSearch;
 class KAProjectBrowserTreeWidget;
 class KATreeWidgetItemCreatorAbstract;
+class QThread;
 
 // Controller of the project explorer: one tree manager per project shown,
 // the plug-ins that add branches, and the view. Every operation on a node
@@ -72,6 +73,13 @@ public:
     bool moveItem(const QList<const KAObject2*>& objects, Node* target, QList<const KAObject2*>& moved);
     void reparentItem(Node* node, Node* newParent);
 
+    // The result tree of a search without view, handed over to the caller.
+    Node* takeSearchResult(const QString& text);
+    // A controller built on a worker thread moves its objects to the GUI
+    // thread and registers its item creators there.
+    void moveToThread(QThread* thread);
+    void registerPendingCreators();
+
     const QList<KAProjectBrowserMgr*>& mgrList() const { return m_mgrList; }
     const QList<KAProjectBrowserPlugin*>& pluginList() const { return m_pluginList; }
     KAProjectBrowserPluginSearch* searchPlugin() const { return m_searchPlugin; }
@@ -87,6 +95,7 @@ private:
     QList<KAProjectBrowserPlugin*> m_pluginList;            // owned
     KAProjectBrowserPluginSearch* m_searchPlugin = nullptr; // not owned: also in m_pluginList
     QList<KATreeWidgetItemCreatorAbstract*> m_creatorList;  // not owned: facets of the plug-ins
+    QList<KATreeWidgetItemCreatorAbstract*> m_pendingCreators; // registered once on the GUI thread
     void* m_dragSource = nullptr;                           // not owned, only compared
     bool m_multiProject = false;
     KAProjectBrowserFilterPackage* m_filter = nullptr;      // not owned

@@ -18,6 +18,7 @@
 #include "messageloggerinterface.h"
 #include "projectmgrinterface.h"
 #include "tabstractmapper.h"
+#include "tapplicationdata.h"
 #include "tdatabase.h"
 #include "ttree.h"
 
@@ -343,12 +344,9 @@ bool KAProjectBrowserMgr::createUserFolder()
         return false;
     QString path = m_pathTemplate.arg(QStringLiteral("default"));
     if (!QFile::exists(path)) {
-        // Layout saved by an earlier installation under the user's and the
-        // application's names.
-        ApplicationInterface* app = ApplicationInterface::returnMe();
-        const QString legacy = QStringLiteral("%1.%2").arg(
-            app->setting(QStringLiteral("userName"), QStringLiteral("user")).toString(),
-            app->setting(QStringLiteral("applicationName"), QStringLiteral("kabrowser")).toString());
+        // A layout saved under the user's and the application's names.
+        const TApplicationData* data = TApplicationData::getInstance();
+        const QString legacy = QStringLiteral("%1.%2").arg(data->userName(), data->applicationName());
         path = m_pathTemplate.arg(legacy);
         if (!QFile::exists(path))
             return false;

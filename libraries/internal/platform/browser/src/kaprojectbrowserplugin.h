@@ -28,6 +28,8 @@ public:
 protected:
     // Replaces the branch; the previous one is destroyed.
     void setTree(Node* tree);
+    // Forgets the branch without destroying it (its new owner does).
+    void releaseTree() { m_tree = nullptr; }
 
 private:
     QString m_name;

@@ -34,8 +34,24 @@ KAProjectBrowserPluginSearch::KAProjectBrowserPluginSearch(KAProjectBrowserCtrl*
     : KAProjectBrowserPlugin(ctrl, QStringLiteral("Search"))
     , m_ctrl(ctrl)
 {
-    m_saveAction = new QAction(tr("Save find results", "Enregistrer les résultats de la recherche"), this);
-    connect(m_saveAction, &QAction::triggered, this, &KAProjectBrowserPluginSearch::slotSave);
+}
+
+// Made on first use, on the GUI thread: a plug-in may be built on a worker
+// thread for a background search and never show an item.
+QAction* KAProjectBrowserPluginSearch::saveAction()
+{
+    if (!m_saveAction) {
+        m_saveAction = new QAction(tr("Save find results", "Enregistrer les résultats de la recherche"), this);
+        connect(m_saveAction, &QAction::triggered, this, &KAProjectBrowserPluginSearch::slotSave);
+    }
+    return m_saveAction;
+}
+
+KAProjectBrowserPluginSearch::Node* KAProjectBrowserPluginSearch::takeTree()
+{
+    Node* tree = getTree();
+    releaseTree();
+    return tree;
 }
 
 KAProjectBrowserPluginSearch::~KAProjectBrowserPluginSearch()
@@ -223,7 +239,7 @@ KATreeWidgetItem* KAProjectBrowserPluginSearch::createItem(const KAObject2* obje
         return new KATreeWidgetItemSearch(parentItem, view, static_cast<const KAObject2Search*>(object));
     if (object->type() == KAObjectTypeSearchFolder)
         return new KATreeWidgetItemSearchFolder(parentItem, view, static_cast<const KAObject2SearchFolder*>(object),
-                                                m_saveAction);
+                                                saveAction());
     return nullptr;
 }
 

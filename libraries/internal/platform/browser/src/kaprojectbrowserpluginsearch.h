@@ -34,7 +34,9 @@ public:
     const QMap<QString, QString>& savedSearches() const { return m_savedSearches; }
     const QString& searchText() const { return m_searchText; }
     KAObjectType searchKind() const { return m_searchKind; }
-    QAction* saveAction() const { return m_saveAction; }
+    QAction* saveAction();
+    // Hands the current branch over to the caller (the plug-in forgets it).
+    Node* takeTree();
     QString savedSearchesPath() const;
 
 public slots:

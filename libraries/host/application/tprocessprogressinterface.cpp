@@ -1,0 +1,3 @@
+#include "tprocessprogressinterface.h"
+
+TProcessProgressInterface::~TProcessProgressInterface() = default;
