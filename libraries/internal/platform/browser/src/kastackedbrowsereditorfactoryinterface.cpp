@@ -1,0 +1,3 @@
+#include "kastackedbrowsereditorfactoryinterface.h"
+
+KAStackedBrowserEditorFactoryInterface::~KAStackedBrowserEditorFactoryInterface() = default;

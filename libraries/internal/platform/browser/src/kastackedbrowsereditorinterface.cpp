@@ -1,0 +1,3 @@
+#include "kastackedbrowsereditorinterface.h"
+
+KAStackedBrowserEditorInterface::~KAStackedBrowserEditorInterface() = default;

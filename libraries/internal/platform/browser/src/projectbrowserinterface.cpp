@@ -1,0 +1,3 @@
+#include "projectbrowserinterface.h"
+
+ProjectBrowserInterface::~ProjectBrowserInterface() = default;
