@@ -1,9 +1,39 @@
 #include "kaobject2.h"
 
+namespace {
+
+// Case folding of an ASCII name is lowering A-Z; Qt's general folding walks
+// the Unicode tables character by character, which dominates the cost of
+// making the objects of a large project. Names with other characters take
+// the general path; a name without capitals is shared, not copied.
+QString foldName(const QString& name)
+{
+    const QChar* chars = name.constData();
+    const int size = name.size();
+    bool capitals = false;
+    for (int i = 0; i < size; ++i) {
+        const ushort c = chars[i].unicode();
+        if (c >= 0x80)
+            return name.toCaseFolded();
+        capitals = capitals || (c >= 'A' && c <= 'Z');
+    }
+    if (!capitals)
+        return name;
+    QString folded(size, Qt::Uninitialized);
+    QChar* out = folded.data();
+    for (int i = 0; i < size; ++i) {
+        const ushort c = chars[i].unicode();
+        out[i] = QChar(ushort(c >= 'A' && c <= 'Z' ? c + 32 : c));
+    }
+    return folded;
+}
+
+} // namespace
+
 KAObject2::KAObject2(KAObjectType type, const QString& name)
     : m_type(type)
     , m_name(name)
-    , m_foldedName(name.toCaseFolded())
+    , m_foldedName(foldName(name))
 {
 }
 
@@ -42,7 +72,7 @@ KAObjectType KAObject2::type() const
 void KAObject2::setName(const QString& name)
 {
     m_name = name;
-    m_foldedName = name.toCaseFolded();
+    m_foldedName = foldName(name);
 }
 
 void KAObject2::setParentObject(KAObject2* parent)
