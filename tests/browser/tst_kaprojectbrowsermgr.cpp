@@ -67,7 +67,33 @@ private slots:
     void refreshFindsNewAnalysis();
     void refreshRefusesOtherDatabase();
 
+    void savedTreeRestoresUserFolders();
+    void managerSavesWhenDestroyed();
+    void savedTreeFileFormat();
+    void savedTreeWritesEmptyBranches();
+    void savedTreeToleratesExtraSlashes();
+    void savedTreeFromAnotherLanguage();
+    void savedTreeKeepsSpecialNames();
+    void folderNameWithSlashRefused();
+    void unreadableSavedTreeIgnored_data();
+    void unreadableSavedTreeIgnored();
+    void failedSessionWriteKeepsDefault();
+    void unwritableSettingsKeepsSavedTree();
+    void saveRefusedWhileAnotherProjectIsCurrent();
+
 private:
+    // User folders in every branch, with objects moved into them:
+    //   Analysis/Batch 3/Rejected  <- analysis 0
+    //   Analysis/Batch 3           <- analysis 1
+    //   Analysis/Empty
+    //   Numerical arrays/Plates    <- well 0
+    //   Indexations/Kovats         <- global indexation 0
+    //   Indexations/Kovats         <- the first indexation group
+    //   Identifications/Reviewed   <- the first identification group and
+    //                                 the first manual identification
+    void makeUserLayout();
+    QString defaultPath() const;
+    QString sessionPath() const;
     void build(KAProjectBrowserFilterPackage* filter = nullptr);
     KAProjectBrowserMgr* mgr() const { return m_ctrl->mgrList().first(); }
     TechDB::TDatabase* db() const { return m_project->db(); }
@@ -479,6 +505,419 @@ void tst_KAProjectBrowserMgr::refreshRefusesOtherDatabase()
     KAProjectBrowserCtrl unread;
     unread.init(m_filter.get(), m_project, false);
     QVERIFY(!unread.mgrList().first()->refreshRequested(KAObjectTypeAnalysis, nullptr));
+}
+
+// ---- saved project tree ------------------------------------------------------
+
+namespace {
+
+// The entries the saved file must hold for one branch, walked as the file
+// is defined: children in list order, each node before its own children,
+// one entry per payload whose folder path is not empty.
+void expectedEntries(const QString& tag, const Node* node, QList<SavedEntry>& out)
+{
+    for (int i = 0; i < node->childCount(); ++i) {
+        const Node* child = node->child(i);
+        if (child->data()) {
+            QString path = folderChain(child);
+            if (child->data()->type() == KAObjectTypeFolder)
+                path += QLatin1Char('/') + child->data()->name();
+            if (!path.isEmpty())
+                out.append({tag, child->data()->name(), path});
+        }
+        expectedEntries(tag, child, out);
+    }
+}
+
+const QStringList BranchTags = {"KAObject2Analysis", "KAObject2GlobalIndexation", "KAObject2Well",
+                                "KAObject2Identification", "KAObject2IdentificationManual"};
+
+QByteArray readBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+QString tst_KAProjectBrowserMgr::defaultPath() const
+{
+    return QDir(m_project->folder()).filePath(QStringLiteral("Settings/default.projectbrowser.xml"));
+}
+
+QString tst_KAProjectBrowserMgr::sessionPath() const
+{
+    return QDir(m_project->folder()).filePath(QStringLiteral("Settings/session.projectbrowser.xml"));
+}
+
+void tst_KAProjectBrowserMgr::makeUserLayout()
+{
+    Node* analyses = mgr()->getTree(KAObjectTypeAnalysis);
+    Node* batch3 = m_ctrl->createFolder(QStringLiteral("Batch 3"), analyses);
+    QVERIFY(batch3);
+    Node* rejectedFolder = m_ctrl->createFolder(QStringLiteral("Rejected"), batch3);
+    QVERIFY(rejectedFolder);
+    QVERIFY(m_ctrl->createFolder(QStringLiteral("Empty"), analyses));
+    QList<const KAObject2*> rejected;
+    const QList<const KAObject2*> list = db()->getObjectLst(KAObjectTypeAnalysis);
+    QVERIFY(m_ctrl->moveItem({list.at(0)}, rejectedFolder, rejected));
+    QVERIFY(m_ctrl->moveItem({list.at(1)}, batch3, rejected));
+
+    Node* plates = m_ctrl->createFolder(QStringLiteral("Plates"), mgr()->getTree(KAObjectTypeWell));
+    QVERIFY(m_ctrl->moveItem({db()->getObjectLst(KAObjectTypeWell).first()}, plates, rejected));
+    Node* kovats = m_ctrl->createFolder(QStringLiteral("Kovats"), mgr()->getTree(KAObjectTypeGlobalIndexation));
+    QVERIFY(m_ctrl->moveItem({db()->getObjectLst(KAObjectTypeGlobalIndexation).first()}, kovats, rejected));
+    const KAObject2* indexationGroup = payloadsOfType(mgr()->getTree(KAObjectTypeGlobalIndexation),
+                                                      KAObjectTypeIdentificationGroup).first();
+    QVERIFY(m_ctrl->moveItem({indexationGroup}, kovats, rejected));
+    Node* reviewed = m_ctrl->createFolder(QStringLiteral("Reviewed"), mgr()->getTree(KAObjectTypeIdentifications));
+    const KAObject2* group = payloadsOfType(mgr()->getTree(KAObjectTypeIdentifications),
+                                            KAObjectTypeIdentificationGroup).first();
+    const KAObject2* manual = payloadsOfType(mgr()->getTree(KAObjectTypeIdentifications),
+                                             KAObjectTypePeakDetect).first();
+    QVERIFY(m_ctrl->moveItem({group, manual}, reviewed, rejected));
+    QVERIFY(rejected.isEmpty());
+}
+
+void tst_KAProjectBrowserMgr::savedTreeRestoresUserFolders()
+{
+    build();
+    makeUserLayout();
+    if (QTest::currentTestFailed())
+        return;
+    QVERIFY(mgr()->saveTree());
+    const QList<const KAObject2*> analyses = db()->getObjectLst(KAObjectTypeAnalysis);
+    const KAObject2* indexationGroup = payloadsOfType(mgr()->getTree(KAObjectTypeGlobalIndexation),
+                                                      KAObjectTypeIdentificationGroup).first();
+    const KAObject2* group = payloadsOfType(mgr()->getTree(KAObjectTypeIdentifications),
+                                            KAObjectTypeIdentificationGroup).first();
+    const KAObject2* manual = payloadsOfType(mgr()->getTree(KAObjectTypeIdentifications),
+                                             KAObjectTypePeakDetect).first();
+    QCOMPARE(folderChain(nodeOf(mgr()->getTree(), manual)), QStringLiteral("/Identifications/Reviewed"));
+    m_ctrl.reset();
+
+    build();
+    Node* batch3 = childFolder(mgr()->getTree(KAObjectTypeAnalysis), QStringLiteral("Batch 3"));
+    QVERIFY(batch3);
+    Node* rejectedFolder = childFolder(batch3, QStringLiteral("Rejected"));
+    QVERIFY(rejectedFolder);
+    Node* empty = childFolder(mgr()->getTree(KAObjectTypeAnalysis), QStringLiteral("Empty"));
+    QVERIFY(empty);
+    QCOMPARE(empty->childCount(), 0);
+    for (Node* folder : {batch3, rejectedFolder, empty}) {
+        const auto* payload = static_cast<const KAObject2Folder*>(folder->data());
+        QCOMPARE(int(payload->folderKind()), int(KAObjectTypeUserFolder));
+        QCOMPARE(payload->getAllowedVisualReparentType(), QList<KAObjectType>{KAObjectTypeAnalysis});
+    }
+    QCOMPARE(nodeOf(mgr()->getTree(), analyses.at(0))->parent(), rejectedFolder);
+    QCOMPARE(nodeOf(mgr()->getTree(), analyses.at(1))->parent(), batch3);
+    QCOMPARE(nodeOf(mgr()->getTree(), analyses.at(2))->parent(), mgr()->getTree(KAObjectTypeAnalysis));
+    // Each object is there once, with its content.
+    QCOMPARE(nodesOfType(mgr()->getTree(), KAObjectTypeAnalysis).size(), analyses.size());
+    QCOMPARE(nodesOfType(nodeOf(mgr()->getTree(), analyses.at(0)), KAObjectTypeSignal).size(),
+             db()->getObjectVisualChildren(KAObjectTypeSignal, analyses.at(0)).size());
+
+    QCOMPARE(folderChain(nodeOf(mgr()->getTree(), db()->getObjectLst(KAObjectTypeWell).first())),
+             QStringLiteral("/Numerical arrays/Plates"));
+    QCOMPARE(folderChain(nodeOf(mgr()->getTree(), db()->getObjectLst(KAObjectTypeGlobalIndexation).first())),
+             QStringLiteral("/Indexations/Kovats"));
+    QCOMPARE(folderChain(nodeOf(mgr()->getTree(), indexationGroup)), QStringLiteral("/Indexations/Kovats"));
+    QCOMPARE(folderChain(nodeOf(mgr()->getTree(), group)), QStringLiteral("/Identifications/Reviewed"));
+    QCOMPARE(folderChain(nodeOf(mgr()->getTree(), manual)), QStringLiteral("/Identifications/Reviewed"));
+    Node* plates = childFolder(mgr()->getTree(KAObjectTypeWell), QStringLiteral("Plates"));
+    QCOMPARE(plates->data()->getAllowedVisualReparentType(), QList<KAObjectType>{KAObjectTypeWell});
+}
+
+void tst_KAProjectBrowserMgr::managerSavesWhenDestroyed()
+{
+    build();
+    QVERIFY(m_ctrl->createFolder(QStringLiteral("Kept"), mgr()->getTree(KAObjectTypeAnalysis)));
+    m_ctrl.reset();
+    build();
+    QVERIFY(childFolder(mgr()->getTree(KAObjectTypeAnalysis), QStringLiteral("Kept")));
+}
+
+void tst_KAProjectBrowserMgr::savedTreeFileFormat()
+{
+    build();
+    makeUserLayout();
+    if (QTest::currentTestFailed())
+        return;
+    QVERIFY(mgr()->saveTree());
+    QCOMPARE(QDir::cleanPath(mgr()->savedTreePath()), QDir::cleanPath(defaultPath()));
+    QVERIFY(QFile::exists(defaultPath()));
+    QVERIFY(!QFile::exists(sessionPath()));
+
+    QDomDocument doc;
+    const QList<SavedEntry> entries = readSavedEntries(defaultPath(), &doc);
+    QCOMPARE(doc.doctype().name(), QStringLiteral("projectBrowser_tree"));
+    const QDomElement root = doc.documentElement();
+    QCOMPARE(root.tagName(), QStringLiteral("root"));
+    QCOMPARE(root.attribute(QStringLiteral("version")), QStringLiteral("1.0"));
+    QCOMPARE(root.attribute(QStringLiteral("projectName")), db()->location());
+    QStringList tags;
+    for (QDomElement e = root.firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
+        tags.append(e.tagName());
+    QCOMPARE(tags, BranchTags);
+
+    const KAObjectType keys[] = {KAObjectTypeAnalysis, KAObjectTypeGlobalIndexation, KAObjectTypeWell,
+                                 KAObjectTypeIdentifications, KAObjectTypeIdentifications};
+    QList<SavedEntry> expected;
+    for (int i = 0; i < 5; ++i)
+        expectedEntries(BranchTags.at(i), mgr()->getTree(keys[i]), expected);
+    QCOMPARE(entries, expected);
+
+    const QString first = db()->getObjectLst(KAObjectTypeAnalysis).at(0)->name();
+    const QString third = db()->getObjectLst(KAObjectTypeAnalysis).at(2)->name();
+    const QString tag = BranchTags.first();
+    QVERIFY(entries.contains({tag, first, "/Analysis/Batch 3/Rejected"}));
+    QVERIFY(entries.contains({tag, third, "/Analysis"}));
+    QVERIFY(entries.contains({tag, "Batch 3", "/Analysis/Batch 3"}));
+    QVERIFY(entries.contains({tag, "Rejected", "/Analysis/Batch 3/Rejected"}));
+    QVERIFY(entries.contains({tag, "Empty", "/Analysis/Empty"}));
+    QVERIFY(entries.contains({"KAObject2Well", "Plates", "/Numerical arrays/Plates"}));
+    // Both identification elements carry the whole identifications branch.
+    QVERIFY(entries.contains({"KAObject2Identification", "Reviewed", "/Identifications/Reviewed"}));
+    QVERIFY(entries.contains({"KAObject2IdentificationManual", "Reviewed", "/Identifications/Reviewed"}));
+}
+
+void tst_KAProjectBrowserMgr::savedTreeWritesEmptyBranches()
+{
+    m_fixture.reset();
+    m_fixture.reset(new TestFixture);
+    TSampleGenerator::Options options = TestFixture::smallOptions();
+    options.analyses = 1;
+    options.peaksPerSignal = 0;
+    options.wells = 0;
+    options.groups = 0;
+    m_project = m_fixture->openSampleProject(QStringLiteral("Sparse"), options);
+    QVERIFY(m_project);
+    build();
+    QVERIFY(mgr()->saveTree());
+    QDomDocument doc;
+    readSavedEntries(defaultPath(), &doc);
+    QStringList tags;
+    for (QDomElement e = doc.documentElement().firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
+        tags.append(e.tagName());
+        if (e.tagName() != BranchTags.first())
+            QVERIFY2(!e.hasChildNodes(), qPrintable(e.tagName()));
+    }
+    QCOMPARE(tags, BranchTags);
+}
+
+void tst_KAProjectBrowserMgr::savedTreeToleratesExtraSlashes()
+{
+    const QList<const KAObject2*> analyses = db()->getObjectLst(KAObjectTypeAnalysis);
+    QFile file(defaultPath());
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QDomDocument doc(QStringLiteral("projectBrowser_tree"));
+    QDomElement root = doc.createElement(QStringLiteral("root"));
+    root.setAttribute(QStringLiteral("version"), QStringLiteral("1.0"));
+    root.setAttribute(QStringLiteral("projectName"), db()->location());
+    doc.appendChild(root);
+    const QStringList paths = {"//Analysis//Batch 3///Rejected/", "/Analysis/Batch 3/Rejected",
+                               "/Analysis/Batch 3/"};
+    for (const QString& tag : BranchTags) {
+        QDomElement branch = doc.createElement(tag);
+        root.appendChild(branch);
+        if (tag != BranchTags.first())
+            continue;
+        for (int i = 0; i < paths.size(); ++i) {
+            QDomElement entry = doc.createElement(QStringLiteral("KAObject2"));
+            entry.setAttribute(QStringLiteral("name"), analyses.at(i)->name());
+            entry.setAttribute(QStringLiteral("folder"), paths.at(i));
+            branch.appendChild(entry);
+        }
+    }
+    file.write(doc.toByteArray(2));
+    file.close();
+
+    build();
+    Node* branch = mgr()->getTree(KAObjectTypeAnalysis);
+    QCOMPARE(nodesOfType(branch, KAObjectTypeFolder).size(), 3); // the branch, Batch 3, Rejected
+    Node* batch3 = childFolder(branch, QStringLiteral("Batch 3"));
+    QVERIFY(batch3);
+    Node* rejectedFolder = childFolder(batch3, QStringLiteral("Rejected"));
+    QVERIFY(rejectedFolder);
+    QCOMPARE(nodeOf(branch, analyses.at(0))->parent(), rejectedFolder);
+    QCOMPARE(nodeOf(branch, analyses.at(1))->parent(), rejectedFolder);
+    QCOMPARE(nodeOf(branch, analyses.at(2))->parent(), batch3);
+}
+
+// A file written in a French session names the branch folders in French:
+// the user folders come back under this session's branch folders.
+void tst_KAProjectBrowserMgr::savedTreeFromAnotherLanguage()
+{
+    const QList<const KAObject2*> analyses = db()->getObjectLst(KAObjectTypeAnalysis);
+    const QList<const KAObject2*> wells = db()->getObjectLst(KAObjectTypeWell);
+    QByteArray xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE projectBrowser_tree>\n"
+                     "<root version=\"1.0\" projectName=\"elsewhere\">\n<KAObject2Analysis>\n";
+    xml += "<KAObject2 name=\"Lot 7\" folder=\"/Analyses/Lot 7\"/>\n";
+    xml += "<KAObject2 name=\"" + analyses.at(0)->name().toHtmlEscaped().toUtf8() + "\" folder=\"/Analyses/Lot 7\"/>\n";
+    xml += "</KAObject2Analysis>\n<KAObject2GlobalIndexation/>\n<KAObject2Well>\n";
+    xml += "<KAObject2 name=\"" + wells.at(0)->name().toHtmlEscaped().toUtf8()
+        + "\" folder=\"/Tableaux num\xc3\xa9riques/Plaques\"/>\n";
+    xml += "</KAObject2Well>\n<KAObject2Identification/>\n<KAObject2IdentificationManual/>\n</root>\n";
+    QFile file(defaultPath());
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(xml);
+    file.close();
+
+    build();
+    Node* lot = childFolder(mgr()->getTree(KAObjectTypeAnalysis), QStringLiteral("Lot 7"));
+    QVERIFY(lot);
+    QCOMPARE(nodeOf(mgr()->getTree(), analyses.at(0))->parent(), lot);
+    QVERIFY(!childFolder(mgr()->getTree(KAObjectTypeAnalysis), QStringLiteral("Analyses")));
+    Node* plates = childFolder(mgr()->getTree(KAObjectTypeWell), QStringLiteral("Plaques"));
+    QVERIFY(plates);
+    QCOMPARE(nodeOf(mgr()->getTree(), wells.at(0))->parent(), plates);
+    QCOMPARE(childNodes(mgr()->getTree()).size(), 4);
+}
+
+void tst_KAProjectBrowserMgr::savedTreeKeepsSpecialNames()
+{
+    const QList<const KAObject2*> analyses = db()->getObjectLst(KAObjectTypeAnalysis);
+    const QString slashName = QStringLiteral("Run 1/2 \"quoted\" & <tag> 'x'");
+    const QString foreignName = QStringLiteral("Анализ 日本語 ελληνικά");
+    QVERIFY(db()->objectRename(analyses.at(0), slashName));
+    QVERIFY(db()->objectRename(analyses.at(1), foreignName));
+    build();
+    const QString folderName = QStringLiteral("Lot \"A\" & <B> été 日本 'q'");
+    Node* folder = m_ctrl->createFolder(folderName, mgr()->getTree(KAObjectTypeAnalysis));
+    QVERIFY(folder);
+    QCOMPARE(folder->data()->name(), folderName);
+    QList<const KAObject2*> rejected;
+    QVERIFY(m_ctrl->moveItem({analyses.at(0), analyses.at(1)}, folder, rejected));
+    QVERIFY(mgr()->saveTree());
+    m_ctrl.reset();
+
+    build();
+    Node* restored = childFolder(mgr()->getTree(KAObjectTypeAnalysis), folderName);
+    QVERIFY(restored);
+    QCOMPARE(nodeOf(mgr()->getTree(), analyses.at(0))->parent(), restored);
+    QCOMPARE(nodeOf(mgr()->getTree(), analyses.at(1))->parent(), restored);
+    QCOMPARE(nodesOfType(mgr()->getTree(KAObjectTypeAnalysis), KAObjectTypeFolder).size(), 2); // with the branch
+}
+
+void tst_KAProjectBrowserMgr::folderNameWithSlashRefused()
+{
+    build();
+    Node* analyses = mgr()->getTree(KAObjectTypeAnalysis);
+    MessageLoggerInterface::returnMe()->clear();
+    QVERIFY(!m_ctrl->createFolder(QStringLiteral("2023/2024"), analyses));
+    QCOMPARE(nodesOfType(analyses, KAObjectTypeFolder).size(), 1); // the branch alone
+    const QList<MessageLoggerInterface::Entry> log = MessageLoggerInterface::returnMe()->entries();
+    QCOMPARE(log.size(), 1);
+    QCOMPARE(int(log.first().level), int(MessageLoggerInterface::LevelError));
+    QVERIFY(log.first().text.contains(QLatin1String("2023/2024")));
+}
+
+void tst_KAProjectBrowserMgr::unreadableSavedTreeIgnored_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    const QByteArray valid = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE projectBrowser_tree>\n"
+                             "<root version=\"1.0\" projectName=\"x\">\n <KAObject2Analysis>\n"
+                             "  <KAObject2 name=\"Batch 3\" folder=\"/Analysis/Batch 3\"/>\n"
+                             " </KAObject2Analysis>\n</root>\n";
+    QTest::newRow("malformed") << QByteArray(valid).replace("</KAObject2Analysis>", "</KAObject2Well>");
+    QTest::newRow("truncated") << valid.left(valid.indexOf("folder=") + 12);
+    QTest::newRow("foreign document") << QByteArray("<?xml version=\"1.0\"?>\n<filesystemtreeconfig version=\"0.2\">"
+                                                    "<KAObject2Analysis><KAObject2 name=\"Batch 3\" "
+                                                    "folder=\"/Analysis/Batch 3\"/></KAObject2Analysis>"
+                                                    "</filesystemtreeconfig>\n");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("binary") << QByteArray("\x00\x01\xff<root\x00", 9);
+    QByteArray deep = "<root version=\"1.0\"><KAObject2Analysis>";
+    for (int i = 0; i < 50000; ++i)
+        deep += "<KAObject2 name=\"Batch 3\" folder=\"/Analysis/Batch 3\">";
+    QTest::newRow("nested 50000 levels, unterminated") << deep;
+}
+
+void tst_KAProjectBrowserMgr::unreadableSavedTreeIgnored()
+{
+    QFETCH(QByteArray, content);
+    QFile file(defaultPath());
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(content);
+    file.close();
+    build();
+    Node* branch = mgr()->getTree(KAObjectTypeAnalysis);
+    QCOMPARE(nodesOfType(mgr()->getTree(), KAObjectTypeFolder).size(), 4); // the default folders only
+    QCOMPARE(childNodes(branch).size(), db()->getObjectLst(KAObjectTypeAnalysis).size());
+    QVERIFY(MessageLoggerInterface::returnMe()->entries().isEmpty());
+}
+
+void tst_KAProjectBrowserMgr::failedSessionWriteKeepsDefault()
+{
+    build();
+    makeUserLayout();
+    if (QTest::currentTestFailed())
+        return;
+    QVERIFY(mgr()->saveTree());
+    const QByteArray saved = readBytes(defaultPath());
+    QVERIFY(saved.contains("Batch 3"));
+
+    // The "session" write fails: a directory stands at its path.
+    QVERIFY(QDir().mkpath(sessionPath()));
+    QVERIFY(m_ctrl->createFolder(QStringLiteral("Later"), mgr()->getTree(KAObjectTypeAnalysis)));
+    QVERIFY(!mgr()->saveTree());
+    QCOMPARE(readBytes(defaultPath()), saved);
+    QVERIFY(QDir().rmdir(sessionPath()));
+
+    // The next save goes through.
+    QVERIFY(mgr()->saveTree());
+    QVERIFY(readBytes(defaultPath()).contains("/Analysis/Later"));
+}
+
+void tst_KAProjectBrowserMgr::unwritableSettingsKeepsSavedTree()
+{
+    build();
+    makeUserLayout();
+    if (QTest::currentTestFailed())
+        return;
+    QVERIFY(mgr()->saveTree());
+    const QByteArray saved = readBytes(defaultPath());
+    const QString settings = QDir(m_project->folder()).filePath(QStringLiteral("Settings"));
+    QFile::Permissions before = QFile(settings).permissions();
+    QVERIFY(QFile(settings).setPermissions(QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup
+                                           | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther));
+    QFile probe(QDir(settings).filePath(QStringLiteral("probe")));
+    if (probe.open(QIODevice::WriteOnly)) {
+        probe.close();
+        probe.remove();
+        QFile(settings).setPermissions(before);
+        QSKIP("permissions do not stop this user (root) from writing; failedSessionWriteKeepsDefault covers "
+              "the failed write");
+    }
+    QVERIFY(m_ctrl->createFolder(QStringLiteral("Later"), mgr()->getTree(KAObjectTypeAnalysis)));
+    const bool savedAgain = mgr()->saveTree();
+    QFile(settings).setPermissions(before);
+    QVERIFY(!savedAgain);
+    QCOMPARE(readBytes(defaultPath()), saved);
+}
+
+void tst_KAProjectBrowserMgr::saveRefusedWhileAnotherProjectIsCurrent()
+{
+    build();
+    QVERIFY(m_ctrl->createFolder(QStringLiteral("Mine"), mgr()->getTree(KAObjectTypeAnalysis)));
+    QVERIFY(mgr()->saveTree());
+    const QByteArray saved = readBytes(defaultPath());
+
+    ProjectMgrInterface* pm = ProjectMgrInterface::returnMe();
+    const QString betaFolder = m_fixture->makeProject(QStringLiteral("Beta"));
+    QVERIFY(!betaFolder.isEmpty());
+    const KAObject2Project* beta = pm->findProject(betaFolder);
+    QVERIFY(beta && pm->openProject(beta));
+    QCOMPARE(pm->currentProject(), beta);
+    QVERIFY(m_ctrl->createFolder(QStringLiteral("Other"), mgr()->getTree(KAObjectTypeAnalysis)));
+    QVERIFY(!mgr()->saveTree());
+    QCOMPARE(readBytes(defaultPath()), saved);
+    QVERIFY(!QFile::exists(QDir(betaFolder).filePath(QStringLiteral("Settings/default.projectbrowser.xml"))));
+
+    pm->setCurrentProject(m_project);
+    QVERIFY(mgr()->saveTree());
+    QVERIFY(readBytes(defaultPath()).contains("/Analysis/Other"));
+    pm->closeProject(beta);
 }
 
 QTEST_MAIN(tst_KAProjectBrowserMgr)
