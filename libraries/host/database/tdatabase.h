@@ -5,11 +5,14 @@
 #include "projectmgrinterface.h"
 #include "tproperty.h"
 
-#include <QHash>
 #include <QList>
+#include <QMutex>
 #include <QObject>
 #include <QString>
-#include <QVector>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
 
 class KAObject2;
 class KAObject2Analysis;
@@ -17,13 +20,22 @@ class KAObject2IdentificationGroup;
 class KAObject2PeakDetect;
 class KAObject2Project;
 class KAObject2Well;
+class QSqlDatabase;
+class QSqlError;
 
 namespace TechDB {
+
+class TDatabaseBatch;
+class TDatabaseIndex;
+struct TProjectHeader;
 
 // A project's database: one SQLite file in the project folder, loaded whole
 // into memory when the project opens. The objects belong to the database and
 // keep their addresses while it is open. Every write goes to SQLite in a
 // transaction first and changes memory only when the transaction committed.
+// Reads are served from memory. The database is used by one thread at a
+// time; each thread that writes gets its own SQLite connection, named after
+// the database and the thread, removed when the database is destroyed.
 class KAHOST_EXPORT TDatabase : public QObject
 {
     Q_OBJECT
@@ -57,7 +69,9 @@ public:
     bool isReadOnly() const { return m_readOnly; }
     bool isReady() const { return m_ready; }
     QString lastError() const { return m_lastError; }
-    int objectCount() const { return m_objects.size(); }
+    int objectCount() const;
+    // The kinds that have at least one object, ascending.
+    QList<KAObjectType> objectTypes() const;
 
     ProjectMgrInterface::TProjectAccessModeEnum accessMode() const { return m_accessMode; }
     void setAccessMode(ProjectMgrInterface::TProjectAccessModeEnum mode);
@@ -81,13 +95,16 @@ public:
     TProperty getObjectProperties(const KAObject2* object, const QString& key, bool* found) const;
     bool objectPropertiesAdd(const KAObject2* object, const TProperty& property);
     // Deletes an object and its whole subtree. The deletion is announced
-    // first through aboutToDeleteObjects; the objects are freed afterwards.
+    // first through aboutToDeleteObjects (connect directly: the list lives
+    // on the caller's stack); the objects are freed afterwards. The flag is
+    // kept for the host's signature and changes nothing.
     bool deleteObject(const KAObject2* object, bool flag);
 
     // Project header, written through to the file.
     bool setProjectProperties(const QString& name, const QString& description, int state);
 
-    // Re-reads the file when another process changed it (the refresh button).
+    // Re-reads the header fields (name, description, state, access mode)
+    // that another process may have changed (the refresh button).
     bool synchronize();
 
     // Writing API of the sample generator and of tests: objects appended in
@@ -96,29 +113,51 @@ public:
     qint64 addObject(KAObjectType type, qint64 parentId, const QString& name,
                      int source = 0, bool multichannel = false);
     bool addLink(qint64 identificationId, qint64 peakDetectId);
+    bool addProperty(qint64 objectId, const TProperty& property);
     bool commitBatch();
+    // Abandons the open batch: nothing of it is written or loaded.
+    void rollbackBatch();
 
-    // How long a write waits for a lock held by another process.
+    // How long a write waits for a lock held by another process (default
+    // 2000 ms); applies to every database of the process.
     static void setBusyTimeout(int milliseconds);
+    static int busyTimeout();
 
 signals:
     void aboutToDeleteObjects(QList<const KAObject2*>* objects);
     void objectsChanged();
 
 private:
-    explicit TDatabase(KAObject2Project* project, bool readOnly);
-    // Implementation details are left to the source file.
-    friend class TDatabaseLoader;
+    TDatabase(KAObject2Project* project, const QString& folder, bool readOnly);
+    // The connection of the calling thread, opened on first use; invalid
+    // with *error set when the file cannot be opened.
+    QSqlDatabase connection(QString* error);
+    void removeConnection(const QString& name);
+    // Runs statements in one IMMEDIATE transaction on the calling thread's
+    // connection. beforeCommit runs once every statement succeeded, before
+    // the commit. False (message logged, m_lastError set) when the database
+    // is read-only, locked beyond the busy timeout, or a statement fails;
+    // nothing is then written.
+    bool write(const std::function<bool(QSqlDatabase&, QSqlError*)>& statements,
+               const std::function<void()>& beforeCommit = {});
+    bool begin(QSqlDatabase& connection, QSqlError* error);
+    void reportWriteError(const QSqlError& error);
+    bool refuseReadOnly();
+    void fail(const QString& text);
+    bool checkOwned(const KAObject2* object, const char* expression, int line) const;
+    void applyHeader(const TProjectHeader& header);
 
     KAObject2Project* m_project = nullptr; // not owned
+    QString m_folder;
     bool m_readOnly = false;
     bool m_ready = false;
     QString m_lastError;
     QString m_connectionPrefix;
     ProjectMgrInterface::TProjectAccessModeEnum m_accessMode = ProjectMgrInterface::AccessModeOpened;
-    QVector<KAObject2*> m_objects;                   // owned, database order
-    QHash<qint64, KAObject2*> m_byId;                // not owned
-    QHash<qint32, QList<const KAObject2*>> m_byType; // not owned
+    std::unique_ptr<TDatabaseIndex> m_index; // owned: the objects and their indexes
+    std::unique_ptr<TDatabaseBatch> m_batch; // owned: set between beginBatch and commitBatch
+    mutable QMutex m_connectionMutex;
+    QStringList m_connectionNames; // guarded by m_connectionMutex
 };
 
 } // namespace TechDB

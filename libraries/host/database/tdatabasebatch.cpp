@@ -1,0 +1,136 @@
+#include "tdatabasebatch.h"
+
+#include "kaobject2.h"
+#include "tdatabaseindex.h"
+#include "tdatabaseschema.h"
+
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QVariant>
+
+namespace TechDB {
+
+TDatabaseBatch::TDatabaseBatch(const QSqlDatabase& connection, qint64 firstId)
+    : m_path(connection.databaseName())
+    , m_insertObject(connection)
+    , m_insertLink(connection)
+    , m_insertProperty(connection)
+    , m_firstId(firstId)
+{
+}
+
+bool TDatabaseBatch::prepare(QString* error)
+{
+    const bool ok = m_insertObject.prepare(QStringLiteral(
+                        "INSERT INTO objects (id, parent, kind, name, source, multichannel) VALUES (?, ?, ?, ?, ?, ?)"))
+        && m_insertLink.prepare(QStringLiteral("INSERT OR IGNORE INTO links (identification, peakdetect) VALUES (?, ?)"))
+        && m_insertProperty.prepare(QStringLiteral(
+            "INSERT OR REPLACE INTO properties (object, key, value, unit, comment) VALUES (?, ?, ?, ?, ?)"));
+    if (!ok && error)
+        *error = TDatabaseSchema::queryError(m_insertObject.lastError().isValid() ? m_insertObject
+                                             : m_insertLink.lastError().isValid() ? m_insertLink
+                                                                                  : m_insertProperty,
+                                             m_path);
+    return ok;
+}
+
+bool TDatabaseBatch::exec(QSqlQuery& query, QString* error)
+{
+    if (query.exec())
+        return true;
+    if (error)
+        *error = TDatabaseSchema::queryError(query, m_path);
+    return false;
+}
+
+qint32 TDatabaseBatch::kindOf(const TDatabaseIndex& index, qint64 id) const
+{
+    if (id >= m_firstId && id < m_firstId + m_objects.size())
+        return m_objects.at(int(id - m_firstId)).kind;
+    const KAObject2* object = index.object(id);
+    return object ? qint32(object->type()) : 0;
+}
+
+qint64 TDatabaseBatch::addObject(const TDatabaseIndex& index, qint32 kind, qint64 parentId, const QString& name,
+                                 int source, bool multichannel, QString* error)
+{
+    if (parentId != 0 && kindOf(index, parentId) == 0) {
+        if (error)
+            *error = TDatabaseSchema::tr("The parent object %1 does not exist.",
+                                         "L'objet parent %1 n'existe pas.").arg(parentId);
+        return 0;
+    }
+    const qint64 id = m_firstId + m_objects.size();
+    m_insertObject.bindValue(0, id);
+    m_insertObject.bindValue(1, parentId);
+    m_insertObject.bindValue(2, kind);
+    m_insertObject.bindValue(3, TDatabaseSchema::text(name));
+    m_insertObject.bindValue(4, source);
+    m_insertObject.bindValue(5, multichannel ? 1 : 0);
+    if (!exec(m_insertObject, error))
+        return 0;
+    m_objects.append({id, parentId, kind, name, source, multichannel});
+    return id;
+}
+
+bool TDatabaseBatch::addLink(const TDatabaseIndex& index, qint64 identificationId, qint64 peakDetectId,
+                             QString* error)
+{
+    if (kindOf(index, identificationId) != KAObjectTypeIdentification
+        || kindOf(index, peakDetectId) != KAObjectTypePeakDetect) {
+        if (error)
+            *error = TDatabaseSchema::tr("A link must join an identification to a peak detection (%1, %2).",
+                                         "Un lien doit relier une identification à une détection de pics (%1, %2).")
+                         .arg(identificationId)
+                         .arg(peakDetectId);
+        return false;
+    }
+    m_insertLink.bindValue(0, identificationId);
+    m_insertLink.bindValue(1, peakDetectId);
+    if (!exec(m_insertLink, error))
+        return false;
+    if (m_insertLink.numRowsAffected() > 0)
+        m_links.append({identificationId, peakDetectId});
+    return true;
+}
+
+bool TDatabaseBatch::addProperty(const TDatabaseIndex& index, qint64 objectId, const TProperty& property,
+                                 QString* error)
+{
+    if (kindOf(index, objectId) == 0 || property.key().isEmpty()) {
+        if (error)
+            *error = TDatabaseSchema::tr("A property needs a key and an existing object (%1).",
+                                         "Une propriété demande une clé et un objet existant (%1).")
+                         .arg(objectId);
+        return false;
+    }
+    m_insertProperty.bindValue(0, objectId);
+    m_insertProperty.bindValue(1, property.key());
+    m_insertProperty.bindValue(2, TDatabaseSchema::text(property.value()));
+    m_insertProperty.bindValue(3, TDatabaseSchema::text(property.unit()));
+    m_insertProperty.bindValue(4, TDatabaseSchema::text(property.comment()));
+    if (!exec(m_insertProperty, error))
+        return false;
+    m_properties.append({objectId, property});
+    return true;
+}
+
+void TDatabaseBatch::finish()
+{
+    m_insertObject.finish();
+    m_insertLink.finish();
+    m_insertProperty.finish();
+}
+
+void TDatabaseBatch::fileInto(TDatabaseIndex* index) const
+{
+    index->reserve(index->count() + m_objects.size());
+    for (const ObjectRow& row : m_objects)
+        index->insertObject(row.id, row.parent, row.kind, row.name, row.source, row.multichannel);
+    for (const PropertyRow& row : m_properties)
+        index->setProperty(row.object, row.property);
+    for (const LinkRow& row : m_links)
+        index->insertLink(row.identification, row.peakDetect);
+}
+
+} // namespace TechDB

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "tproperty.h"
+
+#include <QSqlQuery>
+#include <QString>
+#include <QVector>
+
+class QSqlDatabase;
+
+namespace TechDB {
+
+class TDatabaseIndex;
+
+// One open write batch: prepared statements bound row by row inside the
+// caller's transaction, and the rows kept aside until the transaction
+// commits, when they are filed into memory.
+class TDatabaseBatch
+{
+public:
+    TDatabaseBatch(const QSqlDatabase& connection, qint64 firstId);
+    bool prepare(QString* error);
+
+    // 0 with *error on failure. The parent must be known to the index or
+    // added earlier in this batch.
+    qint64 addObject(const TDatabaseIndex& index, qint32 kind, qint64 parentId, const QString& name, int source,
+                     bool multichannel, QString* error);
+    bool addLink(const TDatabaseIndex& index, qint64 identificationId, qint64 peakDetectId, QString* error);
+    bool addProperty(const TDatabaseIndex& index, qint64 objectId, const TProperty& property, QString* error);
+
+    // Releases the statements; call before the transaction ends.
+    void finish();
+    // Files the kept rows into memory; call once the transaction committed.
+    void fileInto(TDatabaseIndex* index) const;
+    int objectCount() const { return m_objects.size(); }
+
+private:
+    struct ObjectRow {
+        qint64 id;
+        qint64 parent;
+        qint32 kind;
+        QString name;
+        int source;
+        bool multichannel;
+    };
+    struct LinkRow {
+        qint64 identification;
+        qint64 peakDetect;
+    };
+    struct PropertyRow {
+        qint64 object;
+        TProperty property;
+    };
+    // The kind of an object known to the index or to this batch; 0 if none.
+    qint32 kindOf(const TDatabaseIndex& index, qint64 id) const;
+    bool exec(QSqlQuery& query, QString* error);
+
+    QString m_path;
+    QSqlQuery m_insertObject;
+    QSqlQuery m_insertLink;
+    QSqlQuery m_insertProperty;
+    qint64 m_firstId = 1;
+    QVector<ObjectRow> m_objects; // ids m_firstId, m_firstId + 1, ...
+    QVector<LinkRow> m_links;
+    QVector<PropertyRow> m_properties;
+};
+
+} // namespace TechDB
