@@ -28,4 +28,8 @@ public:
     // One project in the given folder.
     static bool generateProject(const QString& folder, const QString& name, const Options& options,
                                 quint32 seed, QString* error = nullptr);
+
+private:
+    static bool writeProject(const QString& folder, const QString& name, const QString& description, int state,
+                             const Options& options, quint32 seed, QString* error);
 };
