@@ -2,9 +2,15 @@
 
 #include "kahost_export.h"
 
+#include <QHash>
 #include <QList>
+#include <QMutex>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
+#include <QWaitCondition>
+
+#include <functional>
 
 class KAObject2Project;
 class TProjectMgrObserver;
@@ -13,8 +19,12 @@ namespace TechDB { class TDatabase; }
 // The host's project manager: knows the projects found under the workspace
 // folders (plus any opened from elsewhere), keeps the open ones and the
 // current one, opens, closes, creates and deletes projects, and tells its
-// observers. May be asked to open a project from a pool thread (silently);
-// everything else runs on the GUI thread.
+// observers. May be asked to open a project from a pool thread (silently)
+// while the GUI thread reads the lists: every list is guarded by one mutex.
+// Observers are told on the GUI thread only. The manager owns the project
+// objects it lists; a project it forgets (deleted, or gone from the
+// workspace) stays allocated until the manager is destroyed, so that no
+// pointer handed out ever dangles.
 class KAHOST_EXPORT ProjectMgrInterface : public QObject
 {
     Q_OBJECT
@@ -48,12 +58,18 @@ public:
     // Opens a project: it becomes current unless silent. Returns false (and
     // logs the reason unless silent) when the database is refused.
     bool openProject(const KAObject2Project* project, bool readOnly = false, bool silent = false);
+    // Observers hear projectClosed(project) while the database still
+    // exists; db() is null afterwards. Called from another thread, the close
+    // is carried out later on the GUI thread.
     bool closeProject(const KAObject2Project* project);
     void closeAll();
+    bool isOpen(const KAObject2Project* project) const;
     const KAObject2Project* createProject(const QString& folder, const QString& name);
-    // Deletes the projects' folders from disk and forgets them.
+    // Closes the projects, deletes their folders from disk (when flag is
+    // true; false only forgets them) and forgets them. GUI thread only.
     bool deleteProjects(const QList<const KAObject2Project*>& projects, bool flag);
 
+    // An observer is registered once however often it asks.
     void registerObserver(TProjectMgrObserver* observer);
     void unregisterObserver(TProjectMgrObserver* observer);
 
@@ -63,6 +79,35 @@ signals:
 private:
     ProjectMgrInterface();
     ~ProjectMgrInterface() override;
-    class Private;
-    Private* d; // owned
+    // Closes every database without telling observers: the application is
+    // going away.
+    static void shutdown();
+    struct Found {
+        QString folder;
+        QString name;
+        QString description;
+        int state = 0;
+    };
+    static Found readFolder(const QString& folder);
+    static QString cleanFolder(const QString& folder);
+    // Under m_mutex.
+    KAObject2Project* makeProjectLocked(const Found& found);
+    void sortLocked();
+    void forgetLocked(KAObject2Project* project);
+    KAObject2Project* openProjectLocked(const KAObject2Project* project) const;
+    bool onGuiThread() const;
+    void notifyObservers(const std::function<void(TProjectMgrObserver*)>& call);
+    bool closeProjectNow(KAObject2Project* project, bool notify);
+
+    mutable QMutex m_mutex;        // guards every member below
+    QWaitCondition m_openFinished; // with m_mutex: an open in progress ended
+    QStringList m_workspaceFolders;
+    QList<KAObject2Project*> m_projects;            // owned; sorted by name
+    QHash<QString, KAObject2Project*> m_byFolder;   // not owned: index of m_projects
+    QSet<const KAObject2Project*> m_foundElsewhere; // outside the workspace: kept by rescans
+    QList<KAObject2Project*> m_open;                // not owned (ours, or the caller's)
+    QSet<const KAObject2Project*> m_opening;        // being opened by some thread
+    KAObject2Project* m_current = nullptr;          // not owned
+    QList<KAObject2Project*> m_graveyard;           // owned: forgotten projects
+    QList<TProjectMgrObserver*> m_observers;        // not owned
 };
