@@ -4,6 +4,7 @@
 #include "kaprojectbrowserfilterpackage.h"
 #include "kaprojectbrowsermgr.h"
 #include "kaprojectbrowserplugin.h"
+#include "kaprojectbrowserpluginfiles.h"
 #include "kaprojectbrowserpluginsearch.h"
 #include "kaprojectbrowsertreewidget.h"
 #include "katreewidgetitemcreator.h"
@@ -86,6 +87,10 @@ void KAProjectBrowserCtrl::init(bool multiProject, KAProjectBrowserFilterPackage
     if (!multiProject) {
         m_searchPlugin = new KAProjectBrowserPluginSearch(this);
         addPlugin(m_searchPlugin, m_searchPlugin->itemCreator());
+        if (filter && filter->contains(KAObjectTypeExternalFolders)) {
+            auto* files = new KAProjectBrowserPluginFiles(this);
+            addPlugin(files, files->itemCreator());
+        }
     } else {
         setMultiProject();
     }

@@ -2,6 +2,8 @@
 
 #include "ttree.h"
 
+#include <QAction>
+
 KAProjectBrowserPlugin::KAProjectBrowserPlugin(KAAbstractBrowserCtrl* ctrl, const QString& name)
     : QObject(nullptr)
     , KAProjectBrowserAbstract(ctrl)
@@ -24,4 +26,9 @@ void KAProjectBrowserPlugin::setTree(Node* tree)
         return;
     delete m_tree;
     m_tree = tree;
+}
+
+QList<QAction*> KAProjectBrowserPlugin::contextActions(Node*)
+{
+    return {};
 }

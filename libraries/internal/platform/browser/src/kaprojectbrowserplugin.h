@@ -7,6 +7,7 @@
 #include <QString>
 
 class KATreeWidgetItemCreatorAbstract;
+class QAction;
 
 // A plug-in adds a branch of its own to the project tree and takes part in
 // the operations the project controller dispatches. It owns its branch.
@@ -24,6 +25,9 @@ public:
     // The facet through which the host's item registry makes the items of
     // the plug-in's own kinds.
     virtual KATreeWidgetItemCreatorAbstract* itemCreator() = 0;
+
+    // Context-menu actions the plug-in offers on one of its nodes.
+    virtual QList<QAction*> contextActions(Node* node);
 
 protected:
     // Replaces the branch; the previous one is destroyed.

@@ -1,11 +1,11 @@
 #include "kaprojectbrowsertreefile.h"
 
 #include "kaobject2.h"
+#include "kasessionfile.h"
 #include "ttree.h"
 #include "txmlmethod.h"
 
 #include <QFile>
-#include <cstdio>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
@@ -77,17 +77,7 @@ bool KAProjectBrowserTreeFile::write(const QString& pathTemplate, const QString&
         xml.writeEndElement();
         xml.writeEndDocument();
     }
-    const QString sessionPath = pathTemplate.arg(QStringLiteral("session"));
-    const QString defaultPath = pathTemplate.arg(QStringLiteral("default"));
-    QFile::remove(sessionPath);
-    if (!TXMLMethod::writeAtomically(sessionPath, bytes))
-        return false;
-    // rename(2) replaces the target in one step: the old "default" stays
-    // complete until the new one takes its name.
-    if (::rename(QFile::encodeName(sessionPath).constData(), QFile::encodeName(defaultPath).constData()) == 0)
-        return true;
-    QFile::remove(defaultPath);
-    return QFile::rename(sessionPath, defaultPath);
+    return KASessionFile::write(pathTemplate, bytes);
 }
 
 bool KAProjectBrowserTreeFile::read(const QString& path, QMap<QString, FolderMap>* branches)

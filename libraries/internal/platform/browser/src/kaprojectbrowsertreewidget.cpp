@@ -8,6 +8,8 @@
 #include "kaobject2search.h"
 #include "kaprojectbrowserctrl.h"
 #include "kaprojectbrowsermgr.h"
+#include "kaprojectbrowserplugin.h"
+#include "kaprojectbrowserpluginfiles.h"
 #include "kareparentdialog.h"
 #include "katreewidgetitem.h"
 #include "katreewidgetitemcreator.h"
@@ -109,12 +111,20 @@ void KAProjectBrowserTreeWidget::contextMenuEvent(QContextMenuEvent* event)
     m_reparentAction->setEnabled(editable && object && object->db() && object->type() == KAObjectTypeDataset);
     QMenu menu(this);
     menu.addActions(m_menu->actions());
-    // An item may carry actions of its own ("Save find results").
+    // An item may carry actions of its own ("Save find results"), and the
+    // plug-ins offer theirs on their nodes.
+    QList<QAction*> extra;
     if (auto* folder = dynamic_cast<KATreeWidgetItemSearchFolder*>(item)) {
-        if (folder->action()) {
-            menu.addSeparator();
-            menu.addAction(folder->action());
-        }
+        if (folder->action())
+            extra.append(folder->action());
+    }
+    if (item && item->node()) {
+        for (KAProjectBrowserPlugin* plugin : m_ctrl->pluginList())
+            extra.append(plugin->contextActions(item->node()));
+    }
+    if (!extra.isEmpty()) {
+        menu.addSeparator();
+        menu.addActions(extra);
     }
     menu.exec(event->globalPos());
 }
@@ -276,6 +286,13 @@ void KAProjectBrowserTreeWidget::slotDoubleClicked(QTreeWidgetItem* qitem, int)
         // A saved search runs its text again.
         m_ctrl->search(static_cast<const KAObject2Search*>(item->object())->search(), false);
         return;
+    }
+    // A file of an external folder opens with the system's application.
+    for (KAProjectBrowserPlugin* plugin : m_ctrl->pluginList()) {
+        if (auto* files = qobject_cast<KAProjectBrowserPluginFiles*>(plugin)) {
+            if (files->openFile(item->node()))
+                return;
+        }
     }
     if (MainWindowInterface* window = MainWindowInterface::returnMe())
         window->openObject(item->object(), 0);

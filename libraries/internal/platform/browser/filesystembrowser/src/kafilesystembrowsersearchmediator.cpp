@@ -182,6 +182,15 @@ void KAFileSystemBrowserSearchMediator::cancel(bool resetView)
     }
 }
 
+bool KAFileSystemBrowserSearchMediator::isFinished() const
+{
+    if (m_openAllThread && m_openAllThread->isRunning())
+        return false;
+    if (m_searchThread && (m_searchThread->workerCount() != 0 || !m_searchThread->queueEmpty()))
+        return false;
+    return m_queue.isEmpty();
+}
+
 void KAFileSystemBrowserSearchMediator::treeRebuilt()
 {
     if (isActive() && !m_text.isEmpty())
@@ -251,6 +260,8 @@ bool KAFileSystemBrowserSearchMediator::event(QEvent* event)
             m_openAllThread->wait();
             QCoreApplication::sendPostedEvents(this, KAFileSystemBrowserOpenAllThread::CtrlOpenedEvent::eventType());
         }
+        if (isActive() && m_searchThread)
+            m_searchThread->startWorkers();
         return true;
     }
     if (type == ExceptionOccuredEvent::eventType()) {

@@ -46,6 +46,9 @@ public:
     const QString& text() const { return m_text; }
     QList<KAAbstractBrowserCtrl*> openedControllers() const { return m_opened.values(); }
     int queuedResults() const { return m_queue.size(); }
+    // Nothing more will arrive for the current search: no project left to
+    // open or search, no result waiting (posted events delivered first).
+    bool isFinished() const;
     // The controller rebuilt its tree: an active search runs again.
     void treeRebuilt();
 

@@ -59,10 +59,22 @@ int KAFileSystemBrowserSearchThread::searchNumber() const
     return m_searchNumber;
 }
 
+// When the pool is busy (projects being opened), one run is queued so that
+// the controllers waiting in the queue are searched as soon as a thread
+// frees; a run that finds the queue empty returns at once.
 void KAFileSystemBrowserSearchThread::startWorkers()
 {
-    while (QThreadPool::globalInstance()->tryStart(this)) {
-    }
+    bool started = false;
+    while (QThreadPool::globalInstance()->tryStart(this))
+        started = true;
+    if (!started && m_workers.load() == 0 && !queueEmpty())
+        QThreadPool::globalInstance()->start(this);
+}
+
+bool KAFileSystemBrowserSearchThread::queueEmpty()
+{
+    QMutexLocker lock(&m_mutex);
+    return m_queue.isEmpty();
 }
 
 void KAFileSystemBrowserSearchThread::run()
@@ -95,7 +107,8 @@ void KAFileSystemBrowserSearchThread::work()
             text = m_text;
         }
         // Every free pool thread takes a project of its own.
-        startWorkers();
+        while (QThreadPool::globalInstance()->tryStart(this)) {
+        }
         auto* project = dynamic_cast<KAProjectBrowserCtrl*>(controller);
         TTree<KAObject2*>* result = project ? project->takeSearchResult(text) : controller->search(text);
         TTree<KAObject2*>* root = controller->getTree();

@@ -49,6 +49,7 @@ public:
     int workerCount() const { return m_workers.load(); }
     // Starts workers on the global pool while it accepts them.
     void startWorkers();
+    bool queueEmpty();
 
     void run() override;
 
