@@ -1,0 +1,755 @@
+#include "testfixture.h"
+
+#include "kaobject2.h"
+#include "kaobject2analysis.h"
+#include "kaobject2dataset.h"
+#include "kaobject2identification.h"
+#include "kaobject2identificationgroup.h"
+#include "kaobject2peakdetect.h"
+#include "kaobject2project.h"
+#include "kaobject2signal.h"
+#include "kaobject2well.h"
+#include "messageloggerinterface.h"
+#include "tabstractmapper.h"
+#include "tdatabase.h"
+#include "tsamplegenerator.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTest>
+#include <QThread>
+
+#include <functional>
+#include <memory>
+
+using TechDB::TDatabase;
+
+Q_DECLARE_METATYPE(QList<const KAObject2*>*)
+
+namespace {
+
+// A project object and its open database, closed in the right order.
+struct Opened {
+    std::unique_ptr<KAObject2Project> project;
+    std::unique_ptr<TDatabase> db;
+    QString error;
+    ~Opened() { db.reset(); }
+};
+
+std::unique_ptr<Opened> openFolder(const QString& folder, bool readOnly = false)
+{
+    std::unique_ptr<Opened> opened(new Opened);
+    opened->project.reset(new KAObject2Project(QDir(folder).dirName(), folder));
+    opened->db.reset(TDatabase::open(opened->project.get(), readOnly, &opened->error));
+    return opened;
+}
+
+TSampleGenerator::Options smallOptions()
+{
+    TSampleGenerator::Options options;
+    options.projects = 1;
+    options.analyses = 4;
+    options.signalsPerAnalysis = 2;
+    options.peaksPerSignal = 5;
+    options.wells = 3;
+    options.datasetsPerWell = 2;
+    options.variablesPerDataset = 2;
+    options.groups = 2;
+    return options;
+}
+
+QByteArray fileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QStringList folderEntries(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
+}
+
+// Runs SQL on a private connection that is not ours: what another program
+// would see or do to the file.
+void rawSql(const QString& path, const QStringList& statements)
+{
+    const QString name = QStringLiteral("tst_raw");
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.setDatabaseName(path);
+        QVERIFY(db.open());
+        QSqlQuery query(db);
+        for (const QString& sql : statements)
+            QVERIFY2(query.exec(sql), qPrintable(sql));
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(name);
+}
+
+int pragma(const QString& path, const QString& name)
+{
+    int value = -1;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("tst_pragma"));
+        db.setDatabaseName(path);
+        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+        if (db.open()) {
+            QSqlQuery query(db);
+            if (query.exec(QStringLiteral("PRAGMA ") + name) && query.next())
+                value = query.value(0).toInt();
+        }
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("tst_pragma"));
+    return value;
+}
+
+// Every object of a database as text: kind, name, parent, in database order.
+QString describe(const TDatabase* db)
+{
+    QStringList lines;
+    for (KAObjectType kind : db->objectTypes()) {
+        for (const KAObject2* object : db->getObjectLst(kind)) {
+            QString line = QStringLiteral("%1|%2|%3").arg(int(kind)).arg(object->name(),
+                object->parentObject() ? object->parentObject()->name() : QString());
+            if (kind == KAObjectTypeIdentification) {
+                for (const KAObject2PeakDetect* pd : static_cast<const KAObject2Identification*>(object)->workPDList())
+                    line += QLatin1Char('>') + pd->name();
+            }
+            lines.append(line);
+        }
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
+bool loggedContaining(const QString& fragment)
+{
+    for (const QString& text : MessageLoggerInterface::returnMe()->texts()) {
+        if (text.contains(fragment, Qt::CaseInsensitive))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+class TestTDatabase : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void createWritesOurFormat();
+    void batchObjectsReopenAsTheRightClasses();
+    void sampleProjectLinksAndLookups();
+    void namesRoundTrip_data();
+    void namesRoundTrip();
+    void emptyNameRefused();
+    void propertiesRoundTrip();
+    void visualChildrenFollowParentProperties();
+    void deleteAnnouncesAndTakesChildren();
+    void readOnlyRefusesWrites_data();
+    void readOnlyRefusesWrites();
+    void refusedFilesStayUntouched_data();
+    void refusedFilesStayUntouched();
+    void lockedDatabaseWriteFailsInBoundedTime();
+    void headerAccessModeAndSynchronize();
+    void rolledBackBatchLeavesNothing();
+    void writeFromAnotherThreadAndConnectionsRemoved();
+
+private:
+    QString makeProject(const QString& name);
+    std::unique_ptr<TestFixture> m_fixture;
+};
+
+void TestTDatabase::initTestCase()
+{
+    kaInitTestEnvironment();
+    qRegisterMetaType<QList<const KAObject2*>*>();
+}
+
+void TestTDatabase::init()
+{
+    m_fixture.reset(new TestFixture);
+    MessageLoggerInterface::returnMe()->clear();
+    TDatabase::setBusyTimeout(2000);
+}
+
+void TestTDatabase::cleanup()
+{
+    m_fixture.reset();
+    TDatabase::setBusyTimeout(2000);
+}
+
+QString TestTDatabase::makeProject(const QString& name)
+{
+    const QString folder = m_fixture->filePath(name);
+    QString error;
+    if (!TSampleGenerator::generateProject(folder, name, smallOptions(), 7, &error))
+        qWarning() << "generation failed:" << error;
+    return folder;
+}
+
+void TestTDatabase::createWritesOurFormat()
+{
+    const QString folder = m_fixture->filePath(QStringLiteral("New project"));
+    QString error;
+    QVERIFY2(TDatabase::createProject(folder, QStringLiteral("Fresh"), &error), qPrintable(error));
+    QVERIFY(QFileInfo(TDatabase::settingsPath(folder)).isDir());
+    const QString path = TDatabase::databasePath(folder);
+    QCOMPARE(QFileInfo(path).fileName(), QStringLiteral("project.kadb"));
+    // The identity of the file is a contract with every other reader.
+    QCOMPARE(pragma(path, QStringLiteral("application_id")), 0x4B414442);
+    QCOMPARE(pragma(path, QStringLiteral("user_version")), TDatabase::SchemaVersion);
+
+    QVERIFY(!TDatabase::createProject(folder, QStringLiteral("Again"), &error));
+    QVERIFY(error.contains(QStringLiteral("already exists")));
+
+    auto opened = openFolder(folder);
+    QVERIFY2(opened->db, qPrintable(opened->error));
+    QCOMPARE(opened->db->objectCount(), 0);
+    QCOMPARE(opened->project->name(), QStringLiteral("Fresh"));
+    QCOMPARE(opened->project->db(), opened->db.get());
+    QVERIFY(opened->db->isReady());
+    opened->db.reset();
+    QCOMPARE(opened->project->db(), nullptr);
+}
+
+void TestTDatabase::batchObjectsReopenAsTheRightClasses()
+{
+    const QString folder = m_fixture->filePath(QStringLiteral("Batch"));
+    QVERIFY(TDatabase::createProject(folder, QStringLiteral("Batch"), nullptr));
+    auto opened = openFolder(folder);
+    TDatabase* db = opened->db.get();
+    QVERIFY(db->beginBatch());
+    const qint64 analysis = db->addObject(KAObjectTypeAnalysis, 0, QStringLiteral("A1"), 0, true);
+    const qint64 signal = db->addObject(KAObjectTypeSignal, analysis, QStringLiteral("TIC"));
+    const qint64 pd = db->addObject(KAObjectTypePeakDetect, signal, QStringLiteral("PD"), 0x201);
+    const qint64 group = db->addObject(KAObjectTypeIdentificationGroup, 0, QStringLiteral("G"), 0x801);
+    const qint64 ident = db->addObject(KAObjectTypeIdentification, group, QStringLiteral("Caffeine"));
+    const qint64 well = db->addObject(KAObjectTypeWell, 0, QStringLiteral("W"));
+    const qint64 dataset = db->addObject(KAObjectTypeDataset, well, QStringLiteral("D"));
+    db->addObject(KAObjectTypeVariable, dataset, QStringLiteral("V"));
+    db->addObject(KAObjectTypeGlobalIndexation, 0, QStringLiteral("GI"));
+    db->addObject(KAObjectType(600), 0, QStringLiteral("Compound"));
+    QVERIFY(db->addLink(ident, pd));
+    // A parent that does not exist, and a link between the wrong kinds.
+    QCOMPARE(db->addObject(KAObjectTypeSignal, 999999, QStringLiteral("orphan")), 0);
+    QVERIFY(!db->addLink(pd, ident));
+    QVERIFY(db->commitBatch());
+
+    const QString before = describe(db);
+    opened.reset();
+    opened = openFolder(folder);
+    db = opened->db.get();
+    QVERIFY2(db, qPrintable(opened->error));
+    QCOMPARE(describe(db), before);
+    QCOMPARE(db->objectCount(), 10);
+
+    const auto* a = dynamic_cast<const KAObject2Analysis*>(db->objectById(analysis));
+    QVERIFY(a);
+    QVERIFY(a->isMulticanal());
+    QCOMPARE(db->getAnalysis(QStringLiteral("A1")), a);
+    const auto* s = dynamic_cast<const KAObject2Signal*>(db->objectById(signal));
+    QVERIFY(s);
+    QCOMPARE(s->analysis(), a);
+    const auto* p = dynamic_cast<const KAObject2PeakDetect*>(db->objectById(pd));
+    QVERIFY(p);
+    QCOMPARE(p->getSource(), quint16(0x201));
+    QCOMPARE(p->signal(), s);
+    const auto* g = dynamic_cast<const KAObject2IdentificationGroup*>(db->objectById(group));
+    QVERIFY(g);
+    QCOMPARE(g->getSource(), quint16(0x801));
+    const auto* i = dynamic_cast<const KAObject2Identification*>(db->objectById(ident));
+    QVERIFY(i);
+    QCOMPARE(i->parentGroup(), g);
+    QCOMPARE(i->workPDList(), QList<const KAObject2PeakDetect*>{p});
+    QCOMPARE(g->child(), QList<const KAObject2Identification*>{i});
+    QCOMPARE(db->getIdentificationGroup(p), g);
+    const auto* w = dynamic_cast<const KAObject2Well*>(db->objectById(well));
+    QVERIFY(w);
+    const auto* d = dynamic_cast<const KAObject2Dataset*>(db->objectById(dataset));
+    QVERIFY(d);
+    QCOMPARE(d->well(), w);
+    QCOMPARE(db->datasetList(w), QList<const KAObject2*>{d});
+    QCOMPARE(db->getObjectLst(KAObjectType(600)).size(), 1);
+    QCOMPARE(db->getObjectLst(KAObjectType(600)).first()->type(), KAObjectType(600));
+    for (KAObjectType kind : db->objectTypes()) {
+        for (const KAObject2* object : db->getObjectLst(kind))
+            QCOMPARE(object->db(), db);
+    }
+    QCOMPARE(TDatabase::peakDetectMSPath(a),
+             QDir(folder).filePath(QStringLiteral("Analyses/%1.mspd").arg(analysis)));
+    QCOMPARE(TDatabase::objectFilePath(d), QDir(folder).filePath(QStringLiteral("Data/%1.dat").arg(dataset)));
+}
+
+void TestTDatabase::sampleProjectLinksAndLookups()
+{
+    auto opened = openFolder(makeProject(QStringLiteral("Sample")));
+    TDatabase* db = opened->db.get();
+    QVERIFY2(db, qPrintable(opened->error));
+    int linked = 0;
+    for (const KAObject2* object : db->getObjectLst(KAObjectTypeIdentificationGroup)) {
+        const auto* group = static_cast<const KAObject2IdentificationGroup*>(object);
+        for (const KAObject2Identification* identification : group->child()) {
+            for (const KAObject2PeakDetect* pd : identification->workPDList()) {
+                QCOMPARE(db->getIdentificationGroup(pd), group);
+                ++linked;
+            }
+        }
+    }
+    QVERIFY(linked > 0);
+    // Children in database order, and only of the kind asked for.
+    for (const KAObject2* analysis : db->getObjectLst(KAObjectTypeAnalysis)) {
+        QCOMPARE(db->getAnalysis(analysis->name()), analysis);
+        const QList<const KAObject2*> signalList = TechDB::TAbstractMapper::getObjectChildLst(analysis, KAObjectTypeSignal);
+        QCOMPARE(signalList.size(), smallOptions().signalsPerAnalysis);
+        for (int k = 1; k < signalList.size(); ++k)
+            QVERIFY(signalList.at(k - 1)->id() < signalList.at(k)->id());
+        QVERIFY(TechDB::TAbstractMapper::getObjectChildLst(analysis, KAObjectTypePeakDetect).isEmpty());
+    }
+    QCOMPARE(db->getAnalysis(QStringLiteral("no such analysis")), nullptr);
+}
+
+void TestTDatabase::namesRoundTrip_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("html") << QStringLiteral("<b>Bold</b> & <i>co</i>");
+    QTest::newRow("quotes") << QStringLiteral("O'Brien \"quoted\" `back`");
+    QTest::newRow("slashes") << QStringLiteral("a/b\\c/../d");
+    QTest::newRow("accents") << QStringLiteral("Échantillon été – Ærø");
+    QTest::newRow("non-latin") << QStringLiteral("日本語 Ωμέγα Кофеин عربى");
+    QTest::newRow("outside the BMP") << QStringLiteral("Test tube \U0001F9EA");
+    QTest::newRow("sql") << QStringLiteral("x'); DROP TABLE objects; --");
+}
+
+void TestTDatabase::namesRoundTrip()
+{
+    QFETCH(QString, name);
+    const QString folder = m_fixture->filePath(QStringLiteral("Names"));
+    QVERIFY(TDatabase::createProject(folder, name, nullptr));
+    auto opened = openFolder(folder);
+    TDatabase* db = opened->db.get();
+    QCOMPARE(opened->project->name(), name);
+    QVERIFY(db->beginBatch());
+    const qint64 created = db->addObject(KAObjectTypeWell, 0, name);
+    const qint64 renamed = db->addObject(KAObjectTypeAnalysis, 0, QStringLiteral("plain"));
+    QVERIFY(db->commitBatch());
+    QVERIFY(db->objectRename(db->objectById(renamed), name));
+    QCOMPARE(db->getAnalysis(name), db->objectById(renamed));
+    QCOMPARE(db->getAnalysis(QStringLiteral("plain")), nullptr);
+    QCOMPARE(db->objectById(renamed)->foldedName(), name.toCaseFolded());
+
+    opened.reset();
+    opened = openFolder(folder);
+    db = opened->db.get();
+    QVERIFY2(db, qPrintable(opened->error));
+    QCOMPARE(opened->project->name(), name);
+    QCOMPARE(db->objectById(created)->name(), name);
+    QCOMPARE(db->objectById(renamed)->name(), name);
+    QCOMPARE(db->getAnalysis(name), db->objectById(renamed));
+}
+
+void TestTDatabase::emptyNameRefused()
+{
+    auto opened = openFolder(makeProject(QStringLiteral("Empty name")));
+    const KAObject2* analysis = opened->db->getObjectLst(KAObjectTypeAnalysis).first();
+    const QString name = analysis->name();
+    QVERIFY(!opened->db->objectRename(analysis, QStringLiteral("  ")));
+    QCOMPARE(analysis->name(), name);
+    QVERIFY(loggedContaining(QStringLiteral("cannot be empty")));
+}
+
+void TestTDatabase::propertiesRoundTrip()
+{
+    const QString folder = makeProject(QStringLiteral("Properties"));
+    auto opened = openFolder(folder);
+    const KAObject2* well = opened->db->getObjectLst(KAObjectTypeWell).first();
+    const qint64 id = well->id();
+    QVERIFY(opened->db->objectPropertiesAdd(well, TProperty(QStringLiteral("Volume"), QStringLiteral("12.5"),
+                                                            QStringLiteral("µL"), QStringLiteral("<checked>"))));
+    QVERIFY(opened->db->objectPropertiesAdd(well, TProperty(QStringLiteral("Operator"), QStringLiteral("A"))));
+    QVERIFY(opened->db->objectPropertiesAdd(well, TProperty(QStringLiteral("Operator"), QStringLiteral("B"))));
+    bool found = false;
+    QCOMPARE(opened->db->getObjectProperties(well, QStringLiteral("Operator"), &found).value(), QStringLiteral("B"));
+    QVERIFY(found);
+
+    opened.reset();
+    opened = openFolder(folder);
+    well = opened->db->objectById(id);
+    const TProperty volume = opened->db->getObjectProperties(well, QStringLiteral("Volume"), &found);
+    QVERIFY(found);
+    QCOMPARE(volume.value(), QStringLiteral("12.5"));
+    QCOMPARE(volume.unit(), QStringLiteral("µL"));
+    QCOMPARE(volume.comment(), QStringLiteral("<checked>"));
+    QCOMPARE(opened->db->getObjectProperties(well, QStringLiteral("Operator"), &found).value(), QStringLiteral("B"));
+    opened->db->getObjectProperties(well, QStringLiteral("Missing"), &found);
+    QVERIFY(!found);
+}
+
+void TestTDatabase::visualChildrenFollowParentProperties()
+{
+    const QString folder = m_fixture->filePath(QStringLiteral("Visual"));
+    QVERIFY(TDatabase::createProject(folder, QStringLiteral("Visual"), nullptr));
+    auto opened = openFolder(folder);
+    TDatabase* db = opened->db.get();
+    QVERIFY(db->beginBatch());
+    const qint64 w1 = db->addObject(KAObjectTypeWell, 0, QStringLiteral("W1"));
+    const qint64 w2 = db->addObject(KAObjectTypeWell, 0, QStringLiteral("W2"));
+    const qint64 d1 = db->addObject(KAObjectTypeDataset, w1, QStringLiteral("d1"));
+    const qint64 d2 = db->addObject(KAObjectTypeDataset, w1, QStringLiteral("d2"));
+    const qint64 d3 = db->addObject(KAObjectTypeDataset, w2, QStringLiteral("d3"));
+    const qint64 d4 = db->addObject(KAObjectTypeDataset, w2, QStringLiteral("d4"));
+    QVERIFY(db->commitBatch());
+    auto names = [&db](qint64 parent) {
+        QStringList result;
+        for (const KAObject2* o : db->getObjectVisualChildren(KAObjectTypeDataset, db->objectById(parent)))
+            result.append(o->name());
+        return result;
+    };
+    QCOMPARE(names(w1), (QStringList{QStringLiteral("d1"), QStringLiteral("d2")}));
+
+    // d1 is shown under W2, d4 has lost its parent: neither stays under its well.
+    QVERIFY(db->objectPropertiesAdd(db->objectById(d1), TProperty(QStringLiteral("parent"), QStringLiteral("3"))));
+    QVERIFY(db->objectPropertiesAdd(db->objectById(d1), TProperty(QStringLiteral("parentID"), QStringLiteral("W2"))));
+    QVERIFY(db->objectPropertiesAdd(db->objectById(d4), TProperty(QStringLiteral("parent"), QStringLiteral("3"))));
+    QCOMPARE(names(w1), QStringList{QStringLiteral("d2")});
+    QCOMPARE(names(w2), (QStringList{QStringLiteral("d1"), QStringLiteral("d3")}));
+    // A parent kind that does not match the well's kind does not count.
+    QVERIFY(db->objectPropertiesAdd(db->objectById(d2), TProperty(QStringLiteral("parent"), QStringLiteral("1"))));
+    QVERIFY(db->objectPropertiesAdd(db->objectById(d2), TProperty(QStringLiteral("parentID"), QStringLiteral("W2"))));
+    QCOMPARE(names(w1), QStringList());
+    QCOMPARE(names(w2), (QStringList{QStringLiteral("d1"), QStringLiteral("d3")}));
+
+    opened.reset();
+    opened = openFolder(folder);
+    db = opened->db.get();
+    QCOMPARE(names(w1), QStringList());
+    QCOMPARE(names(w2), (QStringList{QStringLiteral("d1"), QStringLiteral("d3")}));
+    // Renaming the well follows: the association is by name.
+    QVERIFY(db->objectRename(db->objectById(w2), QStringLiteral("W2 renamed")));
+    QCOMPARE(names(w2), QStringList{QStringLiteral("d3")});
+    Q_UNUSED(d3);
+}
+
+void TestTDatabase::deleteAnnouncesAndTakesChildren()
+{
+    const QString folder = makeProject(QStringLiteral("Delete"));
+    auto opened = openFolder(folder);
+    TDatabase* db = opened->db.get();
+    // The first analysis: its signals and peak detections go with it, and
+    // some of those peak detections are worked on by identifications.
+    const KAObject2* analysis = db->getObjectLst(KAObjectTypeAnalysis).first();
+    const QString analysisName = analysis->name();
+    QList<qint64> expected{analysis->id()};
+    QSet<const KAObject2*> doomedPDs;
+    for (const KAObject2* signal : analysis->children()) {
+        expected.append(signal->id());
+        for (const KAObject2* pd : signal->children()) {
+            expected.append(pd->id());
+            doomedPDs.insert(pd);
+        }
+    }
+    const int before = db->objectCount();
+
+    QSignalSpy spy(db, &TDatabase::aboutToDeleteObjects);
+    QList<qint64> announced;
+    bool aliveWhenAnnounced = true;
+    connect(db, &TDatabase::aboutToDeleteObjects, this, [&](QList<const KAObject2*>* objects) {
+        for (const KAObject2* object : *objects) {
+            announced.append(object->id());
+            aliveWhenAnnounced = aliveWhenAnnounced && db->objectById(object->id()) == object;
+        }
+    });
+    QVERIFY(db->deleteObject(analysis, true));
+    QCOMPARE(spy.count(), 1);
+    std::sort(announced.begin(), announced.end());
+    std::sort(expected.begin(), expected.end());
+    QCOMPARE(announced, expected);
+    QVERIFY(aliveWhenAnnounced);
+    for (qint64 id : expected)
+        QCOMPARE(db->objectById(id), nullptr);
+    QCOMPARE(db->objectCount(), before - expected.size());
+    QCOMPARE(db->getAnalysis(analysisName), nullptr);
+    for (const KAObject2* object : db->getObjectLst(KAObjectTypeIdentification)) {
+        for (const KAObject2PeakDetect* pd : static_cast<const KAObject2Identification*>(object)->workPDList())
+            QVERIFY(!doomedPDs.contains(pd));
+    }
+    const QString after = describe(db);
+
+    // A child alone leaves its parent's children.
+    const KAObject2* well = db->getObjectLst(KAObjectTypeWell).first();
+    const KAObject2* dataset = db->datasetList(static_cast<const KAObject2Well*>(well)).first();
+    const int datasets = well->children().size();
+    QVERIFY(db->deleteObject(dataset, false));
+    QCOMPARE(well->children().size(), datasets - 1);
+    const QString afterDataset = describe(db);
+    Q_UNUSED(after);
+
+    opened.reset();
+    opened = openFolder(folder);
+    QCOMPARE(describe(opened->db.get()), afterDataset);
+    QCOMPARE(opened->db->getAnalysis(analysisName), nullptr);
+}
+
+void TestTDatabase::readOnlyRefusesWrites_data()
+{
+    QTest::addColumn<QString>("operation");
+    QTest::newRow("rename") << QStringLiteral("rename");
+    QTest::newRow("property") << QStringLiteral("property");
+    QTest::newRow("delete") << QStringLiteral("delete");
+    QTest::newRow("project header") << QStringLiteral("header");
+    QTest::newRow("batch") << QStringLiteral("batch");
+}
+
+void TestTDatabase::readOnlyRefusesWrites()
+{
+    QFETCH(QString, operation);
+    const QString folder = makeProject(QStringLiteral("Read only"));
+    const QString path = TDatabase::databasePath(folder);
+    const QByteArray bytes = fileBytes(path);
+    const QStringList entries = folderEntries(folder);
+
+    auto opened = openFolder(folder, true);
+    TDatabase* db = opened->db.get();
+    QVERIFY(db->isReadOnly());
+    const QString before = describe(db);
+    const QString projectName = opened->project->name();
+    const KAObject2* analysis = db->getObjectLst(KAObjectTypeAnalysis).first();
+    QSignalSpy spy(db, &TDatabase::aboutToDeleteObjects);
+
+    bool ok = true;
+    if (operation == QLatin1String("rename"))
+        ok = db->objectRename(analysis, QStringLiteral("New name"));
+    else if (operation == QLatin1String("property"))
+        ok = db->objectPropertiesAdd(analysis, TProperty(QStringLiteral("k"), QStringLiteral("v")));
+    else if (operation == QLatin1String("delete"))
+        ok = db->deleteObject(analysis, true);
+    else if (operation == QLatin1String("header"))
+        ok = db->setProjectProperties(QStringLiteral("Other"), QString(), 1);
+    else
+        ok = db->beginBatch();
+    QVERIFY(!ok);
+    QVERIFY(loggedContaining(QStringLiteral("is open read-only")));
+    QVERIFY(db->lastError().contains(QStringLiteral("read-only")));
+    QCOMPARE(spy.count(), 0);
+    QCOMPARE(describe(db), before);
+    QCOMPARE(opened->project->name(), projectName);
+    bool found = true;
+    db->getObjectProperties(analysis, QStringLiteral("k"), &found);
+    QVERIFY(!found);
+    opened.reset();
+    QCOMPARE(fileBytes(path), bytes);
+    QCOMPARE(folderEntries(folder), entries);
+}
+
+void TestTDatabase::refusedFilesStayUntouched_data()
+{
+    QTest::addColumn<QString>("damage");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("missing file") << QStringLiteral("missing") << QStringLiteral("does not exist");
+    QTest::newRow("empty file") << QStringLiteral("empty") << QStringLiteral("is empty");
+    QTest::newRow("not SQLite") << QStringLiteral("random") << QStringLiteral("unknown file format");
+    QTest::newRow("truncated mid-page") << QStringLiteral("truncated") << QStringLiteral("truncated");
+    QTest::newRow("truncated at a page") << QStringLiteral("truncated-page") << QStringLiteral("truncated");
+    QTest::newRow("corrupted pages") << QStringLiteral("corrupted") << QStringLiteral("damaged or unreadable");
+    QTest::newRow("foreign SQLite") << QStringLiteral("foreign") << QStringLiteral("another application");
+    QTest::newRow("foreign application id") << QStringLiteral("foreign-id") << QStringLiteral("another application");
+    QTest::newRow("newer schema") << QStringLiteral("newer") << QStringLiteral("newer version");
+    QTest::newRow("our id, no tables") << QStringLiteral("no-tables") << QStringLiteral("table meta missing");
+}
+
+void TestTDatabase::refusedFilesStayUntouched()
+{
+    QFETCH(QString, damage);
+    QFETCH(QString, message);
+    const QString folder = makeProject(QStringLiteral("Damaged"));
+    const QString path = TDatabase::databasePath(folder);
+    QByteArray good = fileBytes(path);
+    QVERIFY(good.size() > 4096);
+    auto writeBytes = [&path](const QByteArray& bytes) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        QCOMPARE(file.write(bytes), qint64(bytes.size()));
+    };
+    if (damage == QLatin1String("missing")) {
+        QVERIFY(QFile::remove(path));
+    } else if (damage == QLatin1String("empty")) {
+        writeBytes(QByteArray());
+    } else if (damage == QLatin1String("random")) {
+        QByteArray noise(8192, '\0');
+        quint32 x = 2463534242u;
+        for (char& c : noise) {
+            x ^= x << 13;
+            x ^= x >> 17;
+            x ^= x << 5;
+            c = char(x);
+        }
+        writeBytes(noise);
+    } else if (damage == QLatin1String("truncated")) {
+        writeBytes(good.left(good.size() / 2 + 100));
+    } else if (damage == QLatin1String("truncated-page")) {
+        writeBytes(good.left(2 * 4096));
+    } else if (damage == QLatin1String("corrupted")) {
+        // Page 1 (the schema) stays; every table page is overwritten.
+        for (int i = 4096; i < good.size(); ++i)
+            good[i] = char(0xA5 ^ (i & 0xFF));
+        writeBytes(good);
+    } else if (damage == QLatin1String("foreign")) {
+        QVERIFY(QFile::remove(path));
+        rawSql(path, {QStringLiteral("CREATE TABLE customers (id INTEGER PRIMARY KEY, name TEXT)"),
+                      QStringLiteral("INSERT INTO customers (name) VALUES ('Alice')")});
+    } else if (damage == QLatin1String("foreign-id")) {
+        rawSql(path, {QStringLiteral("PRAGMA application_id = 1234")});
+    } else if (damage == QLatin1String("newer")) {
+        rawSql(path, {QStringLiteral("PRAGMA user_version = %1").arg(TDatabase::SchemaVersion + 1)});
+    } else if (damage == QLatin1String("no-tables")) {
+        QVERIFY(QFile::remove(path));
+        rawSql(path, {QStringLiteral("PRAGMA application_id = %1").arg(0x4B414442),
+                      QStringLiteral("PRAGMA user_version = 1"), QStringLiteral("CREATE TABLE other (x)")});
+    }
+    const bool existed = QFileInfo::exists(path);
+    const QByteArray bytes = fileBytes(path);
+    const QStringList entries = folderEntries(folder);
+
+    for (bool readOnly : {false, true}) {
+        auto opened = openFolder(folder, readOnly);
+        QVERIFY(!opened->db);
+        QVERIFY2(opened->error.contains(message), qPrintable(opened->error));
+        QVERIFY2(opened->error.contains(QDir::toNativeSeparators(path)) || damage == QLatin1String("missing"),
+                 qPrintable(opened->error));
+        QCOMPARE(opened->project->db(), nullptr);
+    }
+    QString name;
+    QVERIFY(!TDatabase::readProjectHeader(folder, &name, nullptr, nullptr, nullptr));
+    QCOMPARE(QFileInfo::exists(path), existed);
+    QCOMPARE(fileBytes(path), bytes);
+    // No journal, WAL or shared-memory file appeared next to it.
+    QCOMPARE(folderEntries(folder), entries);
+}
+
+void TestTDatabase::lockedDatabaseWriteFailsInBoundedTime()
+{
+    const QString folder = makeProject(QStringLiteral("Locked"));
+    auto opened = openFolder(folder);
+    TDatabase* db = opened->db.get();
+    const KAObject2* analysis = db->getObjectLst(KAObjectTypeAnalysis).first();
+    const QString name = analysis->name();
+    TDatabase::setBusyTimeout(300);
+
+    // Another program holds the write lock: a second SQLite connection
+    // with an exclusive transaction open.
+    const QString lockerName = QStringLiteral("tst_locker");
+    {
+        QSqlDatabase locker = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), lockerName);
+        locker.setDatabaseName(TDatabase::databasePath(folder));
+        QVERIFY(locker.open());
+        QSqlQuery lock(locker);
+        QVERIFY(lock.exec(QStringLiteral("BEGIN EXCLUSIVE")));
+
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(!db->objectRename(analysis, QStringLiteral("Renamed while locked")));
+        const qint64 waited = timer.elapsed();
+        QVERIFY2(waited >= 250, qPrintable(QString::number(waited)));
+        QVERIFY2(waited < 5000, qPrintable(QString::number(waited)));
+        QCOMPARE(analysis->name(), name);
+        QVERIFY(loggedContaining(QStringLiteral("locked by another program")));
+        QVERIFY(!db->deleteObject(analysis, true));
+        QVERIFY(db->objectById(analysis->id()));
+
+        QVERIFY(lock.exec(QStringLiteral("ROLLBACK")));
+        locker.close();
+    }
+    QSqlDatabase::removeDatabase(lockerName);
+    QVERIFY(db->objectRename(analysis, QStringLiteral("Renamed after")));
+    opened.reset();
+    opened = openFolder(folder);
+    QVERIFY(opened->db->getAnalysis(QStringLiteral("Renamed after")));
+}
+
+void TestTDatabase::headerAccessModeAndSynchronize()
+{
+    const QString folder = makeProject(QStringLiteral("Header"));
+    auto first = openFolder(folder);
+    auto second = openFolder(folder);
+    QVERIFY(first->db && second->db);
+    QCOMPARE(first->db->accessMode(), ProjectMgrInterface::AccessModeOpened);
+
+    QVERIFY(first->db->setProjectProperties(QStringLiteral("Renamed <project>"), QStringLiteral("About"), 4));
+    QCOMPARE(first->project->name(), QStringLiteral("Renamed <project>"));
+    QCOMPARE(first->project->projectState(), 4);
+    first->db->setAccessMode(ProjectMgrInterface::AccessModeBrowser);
+    QCOMPARE(first->db->accessMode(), ProjectMgrInterface::AccessModeBrowser);
+
+    QVERIFY(second->project->name() != QStringLiteral("Renamed <project>"));
+    QVERIFY(second->db->synchronize());
+    QCOMPARE(second->project->name(), QStringLiteral("Renamed <project>"));
+    QCOMPARE(second->project->description(), QStringLiteral("About"));
+    QVERIFY(second->project->isTerminated());
+    QCOMPARE(second->db->accessMode(), ProjectMgrInterface::AccessModeBrowser);
+
+    QString name;
+    int state = 0;
+    QVERIFY(TDatabase::readProjectHeader(folder, &name, nullptr, &state, nullptr));
+    QCOMPARE(name, QStringLiteral("Renamed <project>"));
+    QCOMPARE(state, 4);
+
+    // A read-only session keeps its access mode to itself.
+    first.reset();
+    second.reset();
+    const QByteArray bytes = fileBytes(TDatabase::databasePath(folder));
+    auto readOnly = openFolder(folder, true);
+    readOnly->db->setAccessMode(ProjectMgrInterface::AccessModeOpened);
+    QCOMPARE(readOnly->db->accessMode(), ProjectMgrInterface::AccessModeOpened);
+    readOnly.reset();
+    QCOMPARE(fileBytes(TDatabase::databasePath(folder)), bytes);
+}
+
+void TestTDatabase::rolledBackBatchLeavesNothing()
+{
+    const QString folder = makeProject(QStringLiteral("Rollback"));
+    auto opened = openFolder(folder);
+    const QString before = describe(opened->db.get());
+    QVERIFY(opened->db->beginBatch());
+    QVERIFY(opened->db->addObject(KAObjectTypeWell, 0, QStringLiteral("Never")));
+    opened->db->rollbackBatch();
+    QCOMPARE(describe(opened->db.get()), before);
+    // Writes work again after the abandoned batch.
+    QVERIFY(opened->db->objectRename(opened->db->getObjectLst(KAObjectTypeWell).first(), QStringLiteral("Kept")));
+    opened.reset();
+    opened = openFolder(folder);
+    QVERIFY(!describe(opened->db.get()).contains(QStringLiteral("Never")));
+    QVERIFY(describe(opened->db.get()).contains(QStringLiteral("Kept")));
+}
+
+void TestTDatabase::writeFromAnotherThreadAndConnectionsRemoved()
+{
+    const QString folder = makeProject(QStringLiteral("Threads"));
+    auto opened = openFolder(folder);
+    TDatabase* db = opened->db.get();
+    const KAObject2* well = db->getObjectLst(KAObjectTypeWell).first();
+    bool renamed = false;
+    std::unique_ptr<QThread> thread(QThread::create([&]() { renamed = db->objectRename(well, QStringLiteral("From a thread")); }));
+    thread->start();
+    QVERIFY(thread->wait(10000));
+    QVERIFY(renamed);
+    QVERIFY(db->objectRename(well, QStringLiteral("From the test thread")));
+    QVERIFY(!QSqlDatabase::connectionNames().isEmpty());
+    opened.reset();
+    // Every connection the database made, on either thread, went with it.
+    for (const QString& name : QSqlDatabase::connectionNames())
+        QVERIFY2(!name.startsWith(QLatin1String("kadb_")), qPrintable(name));
+    opened = openFolder(folder);
+    QCOMPARE(opened->db->getObjectLst(KAObjectTypeWell).first()->name(), QStringLiteral("From the test thread"));
+}
+
+QTEST_GUILESS_MAIN(TestTDatabase)
+#include "tst_tdatabase.moc"
