@@ -1,6 +1,5 @@
 #include "messageloggerinterface.h"
 
-#include <QMutexLocker>
 #include <QtDebug>
 
 MessageLoggerInterface* MessageLoggerInterface::returnMe()
@@ -26,9 +25,12 @@ void MessageLoggerInterface::Information(const QString& text, MessageLoggerInter
 
 void MessageLoggerInterface::log(Level level, const QString& text)
 {
+    // UTC: local time goes through the C library's time-zone state, which
+    // pool threads logging at once would all touch.
+    const QDateTime now = QDateTime::currentDateTimeUtc();
     {
-        QMutexLocker lock(&m_mutex);
-        m_entries.append({level, QDateTime::currentDateTime(), text});
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_entries.append({level, now, text});
     }
     switch (level) {
     case LevelError: qWarning().noquote() << "Error:" << text; break;
@@ -42,13 +44,13 @@ void MessageLoggerInterface::log(Level level, const QString& text)
 
 QList<MessageLoggerInterface::Entry> MessageLoggerInterface::entries() const
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     return m_entries;
 }
 
 QStringList MessageLoggerInterface::texts() const
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     QStringList result;
     result.reserve(m_entries.size());
     for (const Entry& e : m_entries)
@@ -58,6 +60,6 @@ QStringList MessageLoggerInterface::texts() const
 
 void MessageLoggerInterface::clear()
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     m_entries.clear();
 }

@@ -4,9 +4,10 @@
 
 #include <QDateTime>
 #include <QList>
-#include <QMutex>
 #include <QObject>
 #include <QString>
+
+#include <mutex>
 
 // The host message log. Messages are kept in memory with their level, time
 // and text (the host window and tests read them) and echoed to the Qt log.
@@ -18,7 +19,7 @@ public:
     enum Level { LevelError = 0, LevelWarning = 1, LevelInformation = 2 };
     struct Entry {
         Level level;
-        QDateTime time;
+        QDateTime time; // UTC
         QString text;
     };
 
@@ -39,6 +40,8 @@ signals:
 
 private:
     MessageLoggerInterface() = default;
-    mutable QMutex m_mutex;
+    // A standard mutex rather than QMutex: its contended path lives in the
+    // C library, where the thread sanitizer sees it.
+    mutable std::mutex m_mutex;
     QList<Entry> m_entries; // guarded by m_mutex
 };
