@@ -3,6 +3,7 @@
 #include "tassert.h"
 #include "testfixture.h"
 
+#include <QDateTime>
 #include <QRegularExpression>
 #include <QTest>
 #include <QTextDocument>
@@ -72,6 +73,8 @@ void TestMessageLoggerInterface::levelsAndTextsKeptInOrder()
         QCOMPARE(entries[i].level, levels[i]);
         QCOMPARE(entries[i].text, texts[i]);
         QVERIFY(entries[i].time.isValid());
+        QCOMPARE(entries[i].time.timeSpec(), Qt::LocalTime);
+        QVERIFY(qAbs(entries[i].time.secsTo(QDateTime::currentDateTime())) < 600);
         if (i > 0)
             QVERIFY(entries[i - 1].time <= entries[i].time);
     }

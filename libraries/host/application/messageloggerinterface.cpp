@@ -25,8 +25,9 @@ void MessageLoggerInterface::Information(const QString& text, MessageLoggerInter
 
 void MessageLoggerInterface::log(Level level, const QString& text)
 {
-    // UTC: local time goes through the C library's time-zone state, which
-    // pool threads logging at once would all touch.
+    // Stamped in UTC: local time goes through the C library's time-zone
+    // state, which pool threads logging at once would all touch. Readers
+    // get local time.
     const QDateTime now = QDateTime::currentDateTimeUtc();
     {
         std::lock_guard<std::mutex> lock(m_mutex);
@@ -44,8 +45,14 @@ void MessageLoggerInterface::log(Level level, const QString& text)
 
 QList<MessageLoggerInterface::Entry> MessageLoggerInterface::entries() const
 {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return m_entries;
+    QList<Entry> result;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        result = m_entries;
+    }
+    for (Entry& e : result)
+        e.time = e.time.toLocalTime();
+    return result;
 }
 
 QStringList MessageLoggerInterface::texts() const

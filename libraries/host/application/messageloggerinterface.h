@@ -19,7 +19,7 @@ public:
     enum Level { LevelError = 0, LevelWarning = 1, LevelInformation = 2 };
     struct Entry {
         Level level;
-        QDateTime time; // UTC
+        QDateTime time; // local time
         QString text;
     };
 
