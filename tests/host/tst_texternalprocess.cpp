@@ -18,6 +18,8 @@ private slots:
     void opensTheFolder_data();
     void opensTheFolder();
     void systemRefusalIsReported();
+    void opensADocument_data();
+    void opensADocument();
 
 private:
     QList<QUrl> m_opened;
@@ -78,6 +80,38 @@ void TestTExternalProcess::systemRefusalIsReported()
     m_answer = false;
     QVERIFY(!TExternalProcess::startWindowsExplorer(QDir::tempPath()));
     QCOMPARE(m_opened.size(), 1);
+}
+
+void TestTExternalProcess::opensADocument_data()
+{
+    QTest::addColumn<QString>("path"); // relative to the fixture folder
+    QTest::addColumn<bool>("result");
+
+    QTest::newRow("a file opens") << "Data/report 1.pdf" << true;
+    QTest::newRow("a folder is not a document") << "Data" << false;
+    QTest::newRow("a missing file opens nothing") << "Data/missing.pdf" << false;
+    QTest::newRow("an empty path opens nothing") << "" << false;
+}
+
+void TestTExternalProcess::opensADocument()
+{
+    QFETCH(QString, path);
+    QFETCH(bool, result);
+
+    TestFixture fixture;
+    QVERIFY(QDir(fixture.path()).mkpath(QStringLiteral("Data")));
+    QFile file(fixture.filePath(QStringLiteral("Data/report 1.pdf")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.close();
+
+    const QString full = path.isEmpty() ? QString() : fixture.filePath(path);
+    QCOMPARE(TExternalProcess::openDocument(full), result);
+    if (result) {
+        QCOMPARE(m_opened.size(), 1);
+        QCOMPARE(m_opened[0], QUrl::fromLocalFile(fixture.filePath(path)));
+    } else {
+        QVERIFY(m_opened.isEmpty());
+    }
 }
 
 QTEST_MAIN(TestTExternalProcess)

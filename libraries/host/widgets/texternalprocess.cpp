@@ -11,6 +11,13 @@ TExternalProcess::Opener& opener()
     static TExternalProcess::Opener function;
     return function;
 }
+
+bool openUrl(const QUrl& url)
+{
+    if (const TExternalProcess::Opener& function = opener())
+        return function(url);
+    return QDesktopServices::openUrl(url);
+}
 } // namespace
 
 void TExternalProcess::setOpener(Opener function)
@@ -26,8 +33,15 @@ bool TExternalProcess::startWindowsExplorer(const QString& path)
     if (!info.exists())
         return false;
     const QString folder = info.isDir() ? info.absoluteFilePath() : info.absolutePath();
-    const QUrl url = QUrl::fromLocalFile(QDir::cleanPath(folder));
-    if (const Opener& function = opener())
-        return function(url);
-    return QDesktopServices::openUrl(url);
+    return openUrl(QUrl::fromLocalFile(QDir::cleanPath(folder)));
+}
+
+bool TExternalProcess::openDocument(const QString& path)
+{
+    if (path.isEmpty())
+        return false;
+    const QFileInfo info(path);
+    if (!info.exists() || info.isDir())
+        return false;
+    return openUrl(QUrl::fromLocalFile(QDir::cleanPath(info.absoluteFilePath())));
 }
