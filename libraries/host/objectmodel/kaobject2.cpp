@@ -1,5 +1,7 @@
 #include "kaobject2.h"
 
+#include <cstring>
+
 namespace {
 
 // Case folding of an ASCII name is lowering A-Z; Qt's general folding walks
@@ -8,22 +10,23 @@ namespace {
 // the general path; a name without capitals is shared, not copied.
 QString foldName(const QString& name)
 {
-    const QChar* chars = name.constData();
     const int size = name.size();
-    bool capitals = false;
-    for (int i = 0; i < size; ++i) {
-        const ushort c = chars[i].unicode();
+    const ushort* in = reinterpret_cast<const ushort*>(name.constData());
+    int i = 0;
+    while (i < size && in[i] < 0x80 && (in[i] < 'A' || in[i] > 'Z'))
+        ++i;
+    if (i == size)
+        return name;
+    if (in[i] >= 0x80)
+        return name.toCaseFolded();
+    QString folded(size, Qt::Uninitialized);
+    ushort* out = reinterpret_cast<ushort*>(folded.data());
+    memcpy(out, in, size_t(i) * sizeof(ushort));
+    for (; i < size; ++i) {
+        const ushort c = in[i];
         if (c >= 0x80)
             return name.toCaseFolded();
-        capitals = capitals || (c >= 'A' && c <= 'Z');
-    }
-    if (!capitals)
-        return name;
-    QString folded(size, Qt::Uninitialized);
-    QChar* out = folded.data();
-    for (int i = 0; i < size; ++i) {
-        const ushort c = chars[i].unicode();
-        out[i] = QChar(ushort(c >= 'A' && c <= 'Z' ? c + 32 : c));
+        out[i] = ushort(c + (ushort(c - 'A') < 26 ? 32 : 0));
     }
     return folded;
 }
