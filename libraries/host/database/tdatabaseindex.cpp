@@ -86,7 +86,13 @@ KAObject2* TDatabaseIndex::insertObject(qint64 id, qint64 parentId, qint32 kind,
         m_objects.append(object);
     m_maxId = qMax(m_maxId, id);
 
-    QList<const KAObject2*>& ofKind = m_byType[kind];
+    // Rows of one kind come in runs (the peak detections of a signal): the
+    // list of the previous row's kind is kept at hand.
+    if (!m_lastKindList || m_lastKind != kind) {
+        m_lastKindList = &m_byType[kind];
+        m_lastKind = kind;
+    }
+    QList<const KAObject2*>& ofKind = *m_lastKindList;
     if (!ofKind.isEmpty() && ofKind.last()->id() > id)
         ofKind.insert(std::upper_bound(ofKind.begin(), ofKind.end(), object, idLess), object);
     else
@@ -369,6 +375,7 @@ void TDatabaseIndex::remove(const QList<const KAObject2*>& objects)
             const_cast<KAObject2*>(object)->detachFromParent();
     }
     m_lastParent = nullptr;
+    m_lastKindList = nullptr;
     for (const KAObject2* object : objects)
         TObjectArena::destroy(const_cast<KAObject2*>(object));
 }

@@ -77,6 +77,8 @@ private:
     // database order; looked up by id with a binary search.
     QVector<KAObject2*> m_objects;
     KAObject2* m_lastParent = nullptr;                  // not owned: rows of one parent come together
+    QList<const KAObject2*>* m_lastKindList = nullptr;  // not owned: m_byType's list of m_lastKind
+    qint32 m_lastKind = 0;
     QHash<qint32, QList<const KAObject2*>> m_byType;    // not owned, database order
     qint64 m_maxId = 0;
     QHash<qint64, QVector<KAObject2*>> m_waitingForParent; // parent id -> children seen before it; not owned
