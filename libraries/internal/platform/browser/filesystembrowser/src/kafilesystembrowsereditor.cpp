@@ -19,6 +19,7 @@ KAFileSystemBrowserEditor::KAFileSystemBrowserEditor(KAFileSystemBrowserCtrl* ct
     setMinimumWidth(250);
     setColumnCount(2);
     setColumnHidden(1, true);
+    setHeaderHidden(true); // the dock or the module shows the title
     header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     setSortingEnabled(true);
     sortByColumn(1, Qt::AscendingOrder);

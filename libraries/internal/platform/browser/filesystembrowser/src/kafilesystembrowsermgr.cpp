@@ -77,7 +77,7 @@ void KAFileSystemBrowserMgr::createTree()
     if (m_filter->contains(FsUserFolders)) {
         for (auto location : {QStandardPaths::DesktopLocation, QStandardPaths::DocumentsLocation}) {
             const QString path = QStandardPaths::writableLocation(location);
-            if (!path.isEmpty())
+            if (!path.isEmpty() && QFileInfo(path).isDir())
                 attach(newChild(m_tree, KAObject2WinItemFactory::createItem(QFileInfo(path))));
         }
     }
