@@ -1,12 +1,16 @@
 #!/usr/bin/env bash
-# Generates a sample workspace and shows it with the command-line tool.
+# Runs the desktop host on a generated sample workspace. Without a display it
+# runs under Xvfb, writes a screenshot of the window and prints its path.
 set -euo pipefail
 build=${1:-build}
 work=${DEMO_DIR:-$build/demo-workspace}
-rm -rf "$work"
-"$build/applications/kabrowse/kabrowse" sample "$work" --projects 3 --analyses 6 --wells 3
-first=$(ls -d "$work"/*/ | head -n 1)
-echo "== dump of $first"
-"$build/applications/kabrowse/kabrowse" dump "$first"
-echo "== tree of $first"
-"$build/applications/kabrowse/kabrowse" tree "$first"
+if [ ! -d "$work" ] || [ -z "$(ls -A "$work" 2>/dev/null)" ]; then
+  "$build/applications/kabrowse/kabrowse" sample "$work" --projects 4 --analyses 12 --wells 4 >/dev/null
+fi
+host="$build/applications/kahost/kahost"
+if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
+  exec "$host" "$work"
+fi
+shot="$(cd "$build" && pwd)/demo-screenshot.png"
+echo "No display: running under Xvfb and taking a screenshot."
+QT_QPA_PLATFORM=xcb xvfb-run -a -s "-screen 0 1400x900x24" "$host" "$work" --screenshot "$shot"
