@@ -8,16 +8,15 @@
 #include "tabstractmapper.h"
 #include "tassert.h"
 #include "tdatabasebatch.h"
+#include "tdatabaseconnections.h"
 #include "tdatabaseindex.h"
 #include "tdatabaseloader.h"
 #include "tdatabaseschema.h"
 
-#include <QAtomicInt>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMutexLocker>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -29,52 +28,6 @@ namespace TechDB {
 namespace {
 
 const char* const SourceFile = "libraries\\host\\database\\tdatabase";
-
-QAtomicInt g_busyTimeout(2000);
-QAtomicInt g_connectionSerial(0);
-
-QString threadTag()
-{
-    return QString::number(quintptr(QThread::currentThreadId()), 16);
-}
-
-QSqlDatabase addConnection(const QString& name, const QString& path, bool readOnly, QString* error)
-{
-    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-    db.setDatabaseName(path);
-    QString options = QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(int(g_busyTimeout.loadRelaxed()));
-    if (readOnly)
-        options += QStringLiteral(";QSQLITE_OPEN_READONLY");
-    db.setConnectOptions(options);
-    if (!db.open()) {
-        if (error)
-            *error = TDatabaseSchema::tr("The project database %1 cannot be opened: %2",
-                                         "La base de données du projet %1 ne peut pas être ouverte : %2")
-                         .arg(QDir::toNativeSeparators(path), db.lastError().text());
-        db = QSqlDatabase();
-        QSqlDatabase::removeDatabase(name);
-    }
-    return db;
-}
-
-// Runs work on a private read-only connection of the calling thread, then
-// removes the connection. Read-only: SQLite then neither writes the file nor
-// creates a journal next to it.
-bool withReadConnection(const QString& prefix, const QString& path, QString* error,
-                        const std::function<bool(QSqlDatabase&)>& work)
-{
-    const QString name = QStringLiteral("%1ro_%2_%3").arg(prefix, threadTag()).arg(g_connectionSerial.fetchAndAddRelaxed(1));
-    bool ok = false;
-    {
-        QSqlDatabase db = addConnection(name, path, true, error);
-        if (!db.isValid())
-            return false;
-        ok = work(db);
-        db.close();
-    }
-    QSqlDatabase::removeDatabase(name);
-    return ok;
-}
 
 bool execOrFail(QSqlQuery& query, QSqlError* error)
 {
@@ -113,12 +66,12 @@ QString TDatabase::settingsPath(const QString& projectFolder)
 
 void TDatabase::setBusyTimeout(int milliseconds)
 {
-    g_busyTimeout.storeRelaxed(qMax(0, milliseconds));
+    TDatabaseConnections::setBusyTimeout(milliseconds);
 }
 
 int TDatabase::busyTimeout()
 {
-    return g_busyTimeout.loadRelaxed();
+    return TDatabaseConnections::busyTimeout();
 }
 
 bool TDatabase::createProject(const QString& projectFolder, const QString& name, QString* error)
@@ -137,11 +90,10 @@ bool TDatabase::createProject(const QString& projectFolder, const QString& name,
                          .arg(QDir::toNativeSeparators(folder));
         return false;
     }
-    const QString connectionName =
-        QStringLiteral("kadb_create_%1_%2").arg(threadTag()).arg(g_connectionSerial.fetchAndAddRelaxed(1));
+    const QString connectionName = TDatabaseConnections::uniqueName(QStringLiteral("kadb_create_"));
     bool ok = false;
     {
-        QSqlDatabase db = addConnection(connectionName, path, false, error);
+        QSqlDatabase db = TDatabaseConnections::add(connectionName, path, false, error);
         if (db.isValid()) {
             TProjectHeader header;
             header.name = name;
@@ -162,7 +114,8 @@ bool TDatabase::readProjectHeader(const QString& projectFolder, QString* name, Q
     if (!TDatabaseSchema::checkFile(path, error))
         return false;
     TProjectHeader header;
-    const bool ok = withReadConnection(QStringLiteral("kadb_header_"), path, error, [&](QSqlDatabase& db) {
+    const bool ok = TDatabaseConnections::withReadConnection(QStringLiteral("kadb_header_"), path, error,
+                                                             [&](QSqlDatabase& db) {
         return TDatabaseSchema::checkConnection(db, path, error) && TDatabaseSchema::readHeader(db, &header, error);
     });
     if (!ok)
@@ -194,7 +147,8 @@ TDatabase* TDatabase::open(KAObject2Project* project, bool readOnly, QString* er
 
     std::unique_ptr<TDatabase> db(new TDatabase(project, folder, readOnly));
     TProjectHeader header;
-    const bool loaded = withReadConnection(db->m_connectionPrefix, path, error, [&](QSqlDatabase& connection) {
+    const bool loaded = TDatabaseConnections::withReadConnection(db->m_connections->prefix(), path, error,
+                                                                 [&](QSqlDatabase& connection) {
         return TDatabaseSchema::checkConnection(connection, path, error)
             && TDatabaseSchema::readHeader(connection, &header, error)
             && TDatabaseLoader::load(connection, db->m_index.get(), error);
@@ -211,13 +165,13 @@ TDatabase* TDatabase::open(KAObject2Project* project, bool readOnly, QString* er
                              .arg(QDir::toNativeSeparators(path));
             return nullptr;
         }
-        if (!db->connection(error).isValid())
+        if (!db->m_connections->connection(error).isValid())
             return nullptr;
         // A pool thread that opened the project rarely writes; its
         // connection is made again if it does.
         const QCoreApplication* app = QCoreApplication::instance();
         if (!app || QThread::currentThread() != app->thread())
-            db->removeConnection(db->m_connectionPrefix + threadTag());
+            db->m_connections->releaseThisThread();
     }
 
     db->m_accessMode = ProjectMgrInterface::TProjectAccessModeEnum(header.accessMode);
@@ -231,8 +185,9 @@ TDatabase::TDatabase(KAObject2Project* project, const QString& folder, bool read
     : m_project(project)
     , m_folder(folder)
     , m_readOnly(readOnly)
-    , m_connectionPrefix(QStringLiteral("kadb_%1_").arg(quintptr(this), 0, 16))
     , m_index(new TDatabaseIndex(this))
+    , m_connections(new TDatabaseConnections(QStringLiteral("kadb_%1_").arg(quintptr(this), 0, 16),
+                                             databasePath(folder), readOnly))
 {
 }
 
@@ -242,39 +197,7 @@ TDatabase::~TDatabase()
     if (m_project && m_project->db() == this)
         m_project->dbChange(nullptr);
     m_index.reset();
-    QMutexLocker lock(&m_connectionMutex);
-    for (const QString& name : qAsConst(m_connectionNames))
-        QSqlDatabase::removeDatabase(name);
-    m_connectionNames.clear();
-}
-
-QSqlDatabase TDatabase::connection(QString* error)
-{
-    const QString name = m_connectionPrefix + threadTag();
-    if (QSqlDatabase::contains(name)) {
-        // A connection of a finished thread whose id came back is refused by
-        // Qt as belonging to another thread: replace it.
-        QSqlDatabase db = QSqlDatabase::database(name, false);
-        if (db.isValid() && db.isOpen())
-            return db;
-        db = QSqlDatabase();
-        removeConnection(name);
-    }
-    QSqlDatabase db = addConnection(name, databasePath(m_folder), m_readOnly, error);
-    if (db.isValid()) {
-        QMutexLocker lock(&m_connectionMutex);
-        m_connectionNames.append(name);
-    }
-    return db;
-}
-
-void TDatabase::removeConnection(const QString& name)
-{
-    {
-        QMutexLocker lock(&m_connectionMutex);
-        m_connectionNames.removeAll(name);
-    }
-    QSqlDatabase::removeDatabase(name);
+    m_connections.reset();
 }
 
 void TDatabase::applyHeader(const TProjectHeader& header)
@@ -406,18 +329,7 @@ void TDatabase::reportWriteError(const QSqlError& error)
              .arg(project, text.toHtmlEscaped()));
 }
 
-bool TDatabase::begin(QSqlDatabase& connection, QSqlError* error)
-{
-    QSqlQuery query(connection);
-    // The timeout may have changed since the connection was opened.
-    query.exec(QStringLiteral("PRAGMA busy_timeout = %1").arg(busyTimeout()));
-    // IMMEDIATE takes the write lock at once, waiting for another writer at
-    // most the busy timeout, instead of failing midway through the changes.
-    return execOrFail(query, QStringLiteral("BEGIN IMMEDIATE"), error);
-}
-
-bool TDatabase::write(const std::function<bool(QSqlDatabase&, QSqlError*)>& statements,
-                      const std::function<void()>& beforeCommit)
+bool TDatabase::startTransaction(QSqlDatabase* db)
 {
     if (refuseReadOnly())
         return false;
@@ -426,16 +338,30 @@ bool TDatabase::write(const std::function<bool(QSqlDatabase&, QSqlError*)>& stat
         return false;
     }
     QString openError;
-    QSqlDatabase db = connection(&openError);
-    if (!db.isValid()) {
+    *db = m_connections->connection(&openError);
+    if (!db->isValid()) {
         fail(openError);
         return false;
     }
+    QSqlQuery query(*db);
+    // The timeout may have changed since the connection was opened.
+    query.exec(QStringLiteral("PRAGMA busy_timeout = %1").arg(busyTimeout()));
+    // IMMEDIATE takes the write lock at once, waiting for another writer at
+    // most the busy timeout, instead of failing midway through the changes.
     QSqlError error;
-    if (!begin(db, &error)) {
-        reportWriteError(error);
+    if (execOrFail(query, QStringLiteral("BEGIN IMMEDIATE"), &error))
+        return true;
+    reportWriteError(error);
+    return false;
+}
+
+bool TDatabase::write(const std::function<bool(QSqlDatabase&, QSqlError*)>& statements,
+                      const std::function<void()>& beforeCommit)
+{
+    QSqlDatabase db;
+    if (!startTransaction(&db))
         return false;
-    }
+    QSqlError error;
     QSqlQuery end(db);
     if (!statements(db, &error)) {
         end.exec(QStringLiteral("ROLLBACK"));
@@ -586,7 +512,7 @@ bool TDatabase::synchronize()
     QString error;
     TProjectHeader header;
     const bool ok = TDatabaseSchema::checkFile(path, &error)
-        && withReadConnection(m_connectionPrefix, path, &error, [&](QSqlDatabase& db) {
+        && TDatabaseConnections::withReadConnection(m_connections->prefix(), path, &error, [&](QSqlDatabase& db) {
                return TDatabaseSchema::checkConnection(db, path, &error)
                    && TDatabaseSchema::readHeader(db, &header, &error);
            });
@@ -604,47 +530,32 @@ bool TDatabase::synchronize()
 
 bool TDatabase::beginBatch()
 {
-    if (refuseReadOnly())
+    QSqlDatabase db;
+    if (!startTransaction(&db))
         return false;
-    if (m_batch) {
-        t_assert("!m_batch", SourceFile, __LINE__, false);
-        return false;
-    }
-    QString openError;
-    QSqlDatabase db = connection(&openError);
-    if (!db.isValid()) {
-        fail(openError);
-        return false;
-    }
-    QSqlError error;
-    if (!begin(db, &error)) {
-        reportWriteError(error);
-        return false;
-    }
-    // Ids are never reused: the sequence remembers deleted ones too.
-    qint64 lastId = m_index->maxId();
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (query.exec(QStringLiteral("SELECT seq FROM sqlite_sequence WHERE name = 'objects'")) && query.next())
-        lastId = qMax(lastId, query.value(0).toLongLong());
-    query.finish();
-    m_batch.reset(new TDatabaseBatch(db, lastId + 1));
+    m_batch.reset(new TDatabaseBatch(db, m_index->maxId()));
     QString text;
     if (!m_batch->prepare(&text)) {
         m_batch.reset();
-        query.exec(QStringLiteral("ROLLBACK"));
+        QSqlQuery(db).exec(QStringLiteral("ROLLBACK"));
         fail(text);
         return false;
     }
     return true;
 }
 
+bool TDatabase::checkBatch(int line) const
+{
+    if (m_batch)
+        return true;
+    t_assert("m_batch", SourceFile, line, false);
+    return false;
+}
+
 qint64 TDatabase::addObject(KAObjectType type, qint64 parentId, const QString& name, int source, bool multichannel)
 {
-    if (!m_batch) {
-        t_assert("m_batch", SourceFile, __LINE__, false);
+    if (!checkBatch(__LINE__))
         return 0;
-    }
     QString error;
     const qint64 id = m_batch->addObject(*m_index, type, parentId, name, source, multichannel, &error);
     if (id == 0)
@@ -654,10 +565,8 @@ qint64 TDatabase::addObject(KAObjectType type, qint64 parentId, const QString& n
 
 bool TDatabase::addLink(qint64 identificationId, qint64 peakDetectId)
 {
-    if (!m_batch) {
-        t_assert("m_batch", SourceFile, __LINE__, false);
+    if (!checkBatch(__LINE__))
         return false;
-    }
     QString error;
     if (m_batch->addLink(*m_index, identificationId, peakDetectId, &error))
         return true;
@@ -667,10 +576,8 @@ bool TDatabase::addLink(qint64 identificationId, qint64 peakDetectId)
 
 bool TDatabase::addProperty(qint64 objectId, const TProperty& property)
 {
-    if (!m_batch) {
-        t_assert("m_batch", SourceFile, __LINE__, false);
+    if (!checkBatch(__LINE__))
         return false;
-    }
     QString error;
     if (m_batch->addProperty(*m_index, objectId, property, &error))
         return true;
@@ -680,15 +587,11 @@ bool TDatabase::addProperty(qint64 objectId, const TProperty& property)
 
 bool TDatabase::commitBatch()
 {
-    if (!m_batch) {
-        t_assert("m_batch", SourceFile, __LINE__, false);
+    if (!checkBatch(__LINE__))
         return false;
-    }
     std::unique_ptr<TDatabaseBatch> batch = std::move(m_batch);
     batch->finish();
-    QString openError;
-    QSqlDatabase db = connection(&openError);
-    QSqlQuery end(db);
+    QSqlQuery end(m_connections->connection(nullptr));
     QSqlError error;
     if (!execOrFail(end, QStringLiteral("COMMIT"), &error)) {
         end.exec(QStringLiteral("ROLLBACK"));
@@ -705,10 +608,7 @@ void TDatabase::rollbackBatch()
     if (!m_batch)
         return;
     m_batch.reset();
-    QString openError;
-    QSqlDatabase db = connection(&openError);
-    QSqlQuery end(db);
-    end.exec(QStringLiteral("ROLLBACK"));
+    QSqlQuery(m_connections->connection(nullptr)).exec(QStringLiteral("ROLLBACK"));
 }
 
 } // namespace TechDB

@@ -6,10 +6,8 @@
 #include "tproperty.h"
 
 #include <QList>
-#include <QMutex>
 #include <QObject>
 #include <QString>
-#include <QStringList>
 
 #include <functional>
 #include <memory>
@@ -26,6 +24,7 @@ class QSqlError;
 namespace TechDB {
 
 class TDatabaseBatch;
+class TDatabaseConnections;
 class TDatabaseIndex;
 struct TProjectHeader;
 
@@ -129,10 +128,6 @@ signals:
 
 private:
     TDatabase(KAObject2Project* project, const QString& folder, bool readOnly);
-    // The connection of the calling thread, opened on first use; invalid
-    // with *error set when the file cannot be opened.
-    QSqlDatabase connection(QString* error);
-    void removeConnection(const QString& name);
     // Runs statements in one IMMEDIATE transaction on the calling thread's
     // connection. beforeCommit runs once every statement succeeded, before
     // the commit. False (message logged, m_lastError set) when the database
@@ -140,11 +135,14 @@ private:
     // nothing is then written.
     bool write(const std::function<bool(QSqlDatabase&, QSqlError*)>& statements,
                const std::function<void()>& beforeCommit = {});
-    bool begin(QSqlDatabase& connection, QSqlError* error);
+    // The read-only refusal, the calling thread's connection and BEGIN
+    // IMMEDIATE; false with the failure reported.
+    bool startTransaction(QSqlDatabase* db);
     void reportWriteError(const QSqlError& error);
     bool refuseReadOnly();
     void fail(const QString& text);
     bool checkOwned(const KAObject2* object, const char* expression, int line) const;
+    bool checkBatch(int line) const;
     void applyHeader(const TProjectHeader& header);
 
     KAObject2Project* m_project = nullptr; // not owned
@@ -152,12 +150,10 @@ private:
     bool m_readOnly = false;
     bool m_ready = false;
     QString m_lastError;
-    QString m_connectionPrefix;
     ProjectMgrInterface::TProjectAccessModeEnum m_accessMode = ProjectMgrInterface::AccessModeOpened;
     std::unique_ptr<TDatabaseIndex> m_index; // owned: the objects and their indexes
+    std::unique_ptr<TDatabaseConnections> m_connections; // owned: one SQLite connection per writing thread
     std::unique_ptr<TDatabaseBatch> m_batch; // owned: set between beginBatch and commitBatch
-    mutable QMutex m_connectionMutex;
-    QStringList m_connectionNames; // guarded by m_connectionMutex
 };
 
 } // namespace TechDB

@@ -10,13 +10,17 @@
 
 namespace TechDB {
 
-TDatabaseBatch::TDatabaseBatch(const QSqlDatabase& connection, qint64 firstId)
+TDatabaseBatch::TDatabaseBatch(const QSqlDatabase& connection, qint64 lastKnownId)
     : m_path(connection.databaseName())
     , m_insertObject(connection)
     , m_insertLink(connection)
     , m_insertProperty(connection)
-    , m_firstId(firstId)
+    , m_firstId(lastKnownId + 1)
 {
+    QSqlQuery sequence(connection);
+    sequence.setForwardOnly(true);
+    if (sequence.exec(QStringLiteral("SELECT seq FROM sqlite_sequence WHERE name = 'objects'")) && sequence.next())
+        m_firstId = qMax(m_firstId, sequence.value(0).toLongLong() + 1);
 }
 
 bool TDatabaseBatch::prepare(QString* error)

@@ -18,7 +18,9 @@ class TDatabaseIndex;
 class TDatabaseBatch
 {
 public:
-    TDatabaseBatch(const QSqlDatabase& connection, qint64 firstId);
+    // lastKnownId: the highest id in memory; ids of deleted objects are not
+    // given again either (SQLite's sequence remembers them).
+    TDatabaseBatch(const QSqlDatabase& connection, qint64 lastKnownId);
     bool prepare(QString* error);
 
     // 0 with *error on failure. The parent must be known to the index or
