@@ -78,29 +78,39 @@ void KAProjectBrowserAbstract::writeXmlConfig(QDomDocument doc)
 
 QDomElement KAProjectBrowserAbstract::encodeNodeState(Node* node)
 {
+    if (m_stateElement.isNull())
+        m_stateDocument = QDomDocument();
+    QDomDocument doc = m_stateElement.isNull() ? m_stateDocument : m_stateElement.ownerDocument();
+    return encodeNodeState(node, doc);
+}
+
+QDomElement KAProjectBrowserAbstract::encodeNodeState(Node* node, QDomDocument& doc)
+{
     if (!node || !node->data() || node->data()->type() == KAObjectTypeFake)
         return QDomElement();
-    QDomElement element = m_stateElement.ownerDocument().isNull()
-        ? QDomDocument().createElement(QStringLiteral("node"))
-        : m_stateElement.ownerDocument().createElement(QStringLiteral("node"));
+    QDomElement element = doc.createElement(QStringLiteral("node"));
     element.setAttribute(NameAttr, node->data()->name());
     element.setAttribute(QStringLiteral("expanded"), node->isExpanded() ? 1 : 0);
     for (Node* child = node->firstChild(); child; child = child->nextSibling()) {
-        const QDomElement sub = encodeNodeState(child);
+        const QDomElement sub = encodeNodeState(child, doc);
         if (!sub.isNull())
             element.appendChild(sub);
     }
     return element;
 }
 
+// The document is kept as a member: an element lives only as long as the
+// document that made it.
 void KAProjectBrowserAbstract::saveTreeState()
 {
     QDomDocument doc;
-    m_stateElement = doc.createElement(QStringLiteral("instance"));
-    doc.appendChild(m_stateElement);
-    const QDomElement root = encodeNodeState(getTree());
+    QDomElement instance = doc.createElement(QStringLiteral("instance"));
+    doc.appendChild(instance);
+    const QDomElement root = encodeNodeState(getTree(), doc);
     if (!root.isNull())
-        m_stateElement.appendChild(doc.importNode(root, true));
+        instance.appendChild(root);
+    m_stateDocument = doc;
+    m_stateElement = instance;
 }
 
 void KAProjectBrowserAbstract::saveTreeState(const QString& name)
@@ -111,9 +121,9 @@ void KAProjectBrowserAbstract::saveTreeState(const QString& name)
     QDomElement root = doc.documentElement();
     QDomElement instance = doc.createElement(QStringLiteral("instance"));
     instance.setAttribute(NameAttr, name);
-    const QDomElement tree = encodeNodeState(getTree());
+    const QDomElement tree = encodeNodeState(getTree(), doc);
     if (!tree.isNull())
-        instance.appendChild(doc.importNode(tree, true));
+        instance.appendChild(tree);
     QDomElement existing;
     for (QDomElement e = root.firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
         if (e.attribute(NameAttr) == name) {
@@ -140,6 +150,7 @@ void KAProjectBrowserAbstract::loadTreeState(const QString& name)
             break;
         }
     }
+    m_stateDocument = doc;
     m_stateElement = found;
 }
 

@@ -54,6 +54,7 @@ public:
 
 protected:
     QDomElement encodeNodeState(Node* node);
+    QDomElement encodeNodeState(Node* node, QDomDocument& doc);
     bool getNodeExpandState(Node* node);
     QDomElement findDomElt(const Node* node);
     QDomDocument readXmlConfig();
@@ -84,6 +85,7 @@ private:
     Node* walkFind(const KAObject2* object, Node* start) const;
 
     KAAbstractBrowserCtrl* m_ctrl; // not owned: the controller owns this manager
+    QDomDocument m_stateDocument; // keeps m_stateElement's document alive
     QDomElement m_stateElement;
     bool m_indexEnabled = false;
     QHash<const KAObject2*, Node*> m_nodeIndex; // first node holding each object
