@@ -533,8 +533,10 @@ void tst_KAProjectBrowserAbstract::findObjectInTreeByIdentity()
 
     // One object in two nodes: the shallower one, breadth-first.
     auto* deepCopy = new Node(m_tree.batch2, -1);
+    deepCopy->setOwnsData(false); // borrowed: the first node holding it owns it
     deepCopy->setData(second->data());
     auto* shallowCopy = new Node(m_tree.root.get(), -1);
+    shallowCopy->setOwnsData(false);
     shallowCopy->setData(first->data());
     QCOMPARE(mgr.findObjectInTree(first->data(), m_tree.root.get()), shallowCopy);
     QCOMPARE(mgr.findObjectInTree(second->data(), m_tree.root.get()), second);
