@@ -177,7 +177,25 @@ QByteArray document(const QByteArray& instances)
 
 } // namespace
 
-#define COMPARE_XML(actual, expected) QCOMPARE(sortAttributes(actual), sortAttributes(expected))
+// The root element and what follows it. The prolog (declaration, document
+// type) is compared by saveWritesExactDocument alone, so that the other
+// tests each fail for their own reason.
+QByteArray fromRoot(const QByteArray& xml)
+{
+    const int root = xml.indexOf("<filesystemtreeconfig");
+    return root < 0 ? xml : xml.mid(root);
+}
+
+// What the comparisons of whole files see.
+QByteArray exact(const QByteArray& xml)
+{
+    return sortAttributes(xml);
+}
+
+QByteArray body(const QByteArray& xml)
+{
+    return sortAttributes(fromRoot(xml));
+}
 
 class tst_KAProjectBrowserAbstract : public QObject
 {
@@ -238,9 +256,15 @@ void tst_KAProjectBrowserAbstract::saveWritesExactDocument()
     mgr.setTree(m_tree.root.get());
     mgr.saveTreeState(QStringLiteral("A"));
     const QByteArray bytes = readState();
-    COMPARE_XML(bytes, document(sampleInstance(QStringLiteral("A"))));
+    QByteArray expected = document(sampleInstance(QStringLiteral("A")));
+    QCOMPARE(exact(bytes), exact(expected));
     // UTF-8, not Latin-1 nor a character reference.
     QVERIFY(bytes.contains(QByteArray("\xc3\x89""chantillons &amp; \xc3\xa9t\xc3\xa9")));
+
+    // Read back and written again, the file keeps the same prolog.
+    mgr.saveTreeState(QStringLiteral("B"));
+    expected = document(sampleInstance(QStringLiteral("A")) + sampleInstance(QStringLiteral("B")));
+    QCOMPARE(exact(readState()), exact(expected));
 }
 
 void tst_KAProjectBrowserAbstract::saveReplacesInPlaceAndAppendsNew()
@@ -264,11 +288,13 @@ void tst_KAProjectBrowserAbstract::saveReplacesInPlaceAndAppendsNew()
                                            "      <node name=\"Wells\" expanded=\"1\"/>\n"
                                            "    </node>\n"
                                            "  </instance>\n");
-    COMPARE_XML(readState(), document(sampleInstance(QStringLiteral("A")) + changedB + sampleInstance(QStringLiteral("C"))));
+    QByteArray expected = document(sampleInstance(QStringLiteral("A")) + changedB + sampleInstance(QStringLiteral("C")));
+    QCOMPARE(body(readState()), body(expected));
 
     mgr.saveTreeState(QStringLiteral("D"));
-    COMPARE_XML(readState(), document(sampleInstance(QStringLiteral("A")) + changedB + sampleInstance(QStringLiteral("C"))
-                                      + QByteArray(changedB).replace("name=\"B\"", "name=\"D\"")));
+    expected = document(sampleInstance(QStringLiteral("A")) + changedB + sampleInstance(QStringLiteral("C"))
+                        + QByteArray(changedB).replace("name=\"B\"", "name=\"D\""));
+    QCOMPARE(body(readState()), body(expected));
 }
 
 void tst_KAProjectBrowserAbstract::saveKeepsOtherInstances()
@@ -284,7 +310,8 @@ void tst_KAProjectBrowserAbstract::saveKeepsOtherInstances()
     FixedTreeMgr mgr(&ctrl);
     mgr.setTree(m_tree.root.get());
     mgr.saveTreeState(QStringLiteral("A"));
-    COMPARE_XML(readState(), document(other + sampleInstance(QStringLiteral("A"))));
+    QByteArray expected = document(other + sampleInstance(QStringLiteral("A")));
+    QCOMPARE(body(readState()), body(expected));
 
     // Two browsers saving in turn keep each other's records.
     NamedCtrl ctrl2(QStringLiteral("Other"));
@@ -292,7 +319,8 @@ void tst_KAProjectBrowserAbstract::saveKeepsOtherInstances()
     auto tree2 = makeSampleTree();
     mgr2.setTree(tree2.root.get());
     mgr2.saveTreeState(QStringLiteral("Other"));
-    COMPARE_XML(readState(), document(sampleInstance(QStringLiteral("Other")) + sampleInstance(QStringLiteral("A"))));
+    expected = document(sampleInstance(QStringLiteral("Other")) + sampleInstance(QStringLiteral("A")));
+    QCOMPARE(body(readState()), body(expected));
 }
 
 void tst_KAProjectBrowserAbstract::savedStateLoadsAtConstruction()
@@ -413,7 +441,8 @@ void tst_KAProjectBrowserAbstract::unreadableFileIgnored()
     QCOMPARE(readState(), content);
 
     mgr.saveTreeState(QStringLiteral("A"));
-    COMPARE_XML(readState(), document(sampleInstance(QStringLiteral("A"))));
+    QByteArray expected = document(sampleInstance(QStringLiteral("A")));
+    QCOMPARE(body(readState()), body(expected));
 }
 
 void tst_KAProjectBrowserAbstract::placeholderRootHasNoNode()
@@ -426,13 +455,15 @@ void tst_KAProjectBrowserAbstract::placeholderRootHasNoNode()
     FixedTreeMgr mgr(&ctrl);
     mgr.setTree(&root);
     mgr.saveTreeState(QStringLiteral("P"));
-    COMPARE_XML(readState(), document("  <instance name=\"P\"/>\n"));
+    QByteArray expected = document("  <instance name=\"P\"/>\n");
+    QCOMPARE(body(readState()), body(expected));
 
     // A root without payload is not recorded either.
     Node empty;
     mgr.setTree(&empty);
     mgr.saveTreeState(QStringLiteral("Q"));
-    COMPARE_XML(readState(), document("  <instance name=\"P\"/>\n  <instance name=\"Q\"/>\n"));
+    expected = document("  <instance name=\"P\"/>\n  <instance name=\"Q\"/>\n");
+    QCOMPARE(body(readState()), body(expected));
 }
 
 void tst_KAProjectBrowserAbstract::snapshotStaysInMemory()
