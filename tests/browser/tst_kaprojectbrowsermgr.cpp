@@ -66,6 +66,8 @@ private slots:
     void refreshAnalysisRebuildsItsChildrenOnly();
     void refreshFindsNewAnalysis();
     void refreshRefusesOtherDatabase();
+    void refreshKeepsSavedPlacement_data();
+    void refreshKeepsSavedPlacement();
 
     void savedTreeRestoresUserFolders();
     void managerSavesWhenDestroyed();
@@ -505,6 +507,69 @@ void tst_KAProjectBrowserMgr::refreshRefusesOtherDatabase()
     KAProjectBrowserCtrl unread;
     unread.init(m_filter.get(), m_project, false);
     QVERIFY(!unread.mgrList().first()->refreshRequested(KAObjectTypeAnalysis, nullptr));
+}
+
+void tst_KAProjectBrowserMgr::refreshKeepsSavedPlacement_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("object"); // which object is passed, if any
+    QTest::newRow("one analysis") << 1 << "analysis";
+    QTest::newRow("all analyses") << 1 << "";
+    QTest::newRow("signal") << 2 << "signal";
+    QTest::newRow("one well") << 3 << "well";
+    QTest::newRow("all wells") << 3 << "";
+    QTest::newRow("dataset") << 4 << "dataset";
+    QTest::newRow("identifications") << 277 << "";
+    QTest::newRow("indexations") << 528 << "";
+    QTest::newRow("every analysis (769)") << 769 << "";
+}
+
+// Objects placed in user folders by the saved layout stay there when their
+// branch is rebuilt, and each object is shown once.
+void tst_KAProjectBrowserMgr::refreshKeepsSavedPlacement()
+{
+    QFETCH(int, kind);
+    QFETCH(QString, object);
+    build();
+    makeUserLayout();
+    if (QTest::currentTestFailed())
+        return;
+    m_ctrl.reset(); // saves the layout
+    build();
+
+    const KAObject2* analysis = db()->getObjectLst(KAObjectTypeAnalysis).at(0);
+    const KAObject2* well = db()->getObjectLst(KAObjectTypeWell).first();
+    QList<const KAObject2*> watched = {analysis, db()->getObjectLst(KAObjectTypeAnalysis).at(1), well,
+                                       db()->getObjectLst(KAObjectTypeGlobalIndexation).first()};
+    for (qint32 type : {KAObjectTypeIdentificationGroup, KAObjectTypePeakDetect}) {
+        for (Node* n : nodesOfType(mgr()->getTree(), type)) {
+            if (folderChain(n).count(QLatin1Char('/')) > 1)
+                watched.append(n->data());
+        }
+    }
+    QCOMPARE(watched.size(), 7);
+    QHash<const KAObject2*, QString> before;
+    for (const KAObject2* o : watched)
+        before.insert(o, folderChain(nodeOf(mgr()->getTree(), o)));
+    QCOMPARE(before.value(analysis), QStringLiteral("/Analysis/Batch 3/Rejected"));
+
+    const KAObject2* passed = nullptr;
+    if (object == QLatin1String("analysis"))
+        passed = analysis;
+    else if (object == QLatin1String("signal"))
+        passed = db()->getObjectVisualChildren(KAObjectTypeSignal, analysis).first();
+    else if (object == QLatin1String("well"))
+        passed = well;
+    else if (object == QLatin1String("dataset"))
+        passed = db()->getObjectVisualChildren(KAObjectTypeDataset, well).first();
+    QVERIFY(object.isEmpty() || passed);
+    QVERIFY(mgr()->refreshRequested(KAObjectType(kind), passed));
+
+    for (const KAObject2* o : watched)
+        QCOMPARE(folderChain(nodeOf(mgr()->getTree(), o)), before.value(o));
+    for (qint32 type : {KAObjectTypeAnalysis, KAObjectTypeWell, KAObjectTypeGlobalIndexation,
+                        KAObjectTypeIdentificationGroup, KAObjectTypeDataset, KAObjectTypeSignal})
+        QCOMPARE(nodesOfType(mgr()->getTree(), type).size(), db()->getObjectLst(KAObjectType(type)).size());
 }
 
 // ---- saved project tree ------------------------------------------------------
