@@ -22,11 +22,25 @@ QString foldName(const QString& name)
     QString folded(size, Qt::Uninitialized);
     ushort* out = reinterpret_cast<ushort*>(folded.data());
     memcpy(out, in, size_t(i) * sizeof(ushort));
+    // Four characters at a time: in each 16-bit lane below 0x80, adding
+    // 0x3F sets bit 7 from 'A' up and adding 0x25 sets it from 'Z' + 1 up;
+    // no lane can carry into the next.
+    const quint64 high = Q_UINT64_C(0xFF80FF80FF80FF80);
+    const quint64 bit7 = Q_UINT64_C(0x0080008000800080);
+    for (; i + 4 <= size; i += 4) {
+        quint64 word;
+        memcpy(&word, in + i, sizeof(word));
+        if (word & high)
+            return name.toCaseFolded();
+        const quint64 capitals = (word + Q_UINT64_C(0x003F003F003F003F)) & ~(word + Q_UINT64_C(0x0025002500250025)) & bit7;
+        word |= capitals >> 2;
+        memcpy(out + i, &word, sizeof(word));
+    }
     for (; i < size; ++i) {
         const ushort c = in[i];
         if (c >= 0x80)
             return name.toCaseFolded();
-        out[i] = ushort(c + (ushort(c - 'A') < 26 ? 32 : 0));
+        out[i] = ushort(c >= 'A' && c <= 'Z' ? c + 32 : c);
     }
     return folded;
 }
