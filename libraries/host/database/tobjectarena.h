@@ -36,7 +36,9 @@ public:
 
 private:
     static const std::size_t Alignment = 16;
-    static const std::size_t BlockSize = 1024 * 1024;
+    // Below malloc's mmap threshold: blocks come from the heap and their
+    // pages are reused by the next project instead of being mapped afresh.
+    static const std::size_t BlockSize = 64 * 1024 - 64;
     void* allocate(std::size_t size);
 
     QVector<char*> m_blocks; // owned
