@@ -45,6 +45,7 @@ private slots:
     void createWritesOurFormat();
     void batchObjectsReopenAsTheRightClasses();
     void sampleProjectLinksAndLookups();
+    void identificationKindNumbersBothLoad();
     void namesRoundTrip_data();
     void namesRoundTrip();
     void emptyNameRefused();
@@ -207,6 +208,27 @@ void TestTDatabase::sampleProjectLinksAndLookups()
         QVERIFY(TechDB::TAbstractMapper::getObjectChildLst(analysis, KAObjectTypePeakDetect).isEmpty());
     }
     QCOMPARE(db->getAnalysis(QStringLiteral("no such analysis")), nullptr);
+}
+
+void TestTDatabase::identificationKindNumbersBothLoad()
+{
+    const QString folder = m_fixture->filePath(QStringLiteral("Kinds"));
+    QVERIFY(TDatabase::createProject(folder, QStringLiteral("Kinds"), nullptr));
+    // Rows written by another tool with the identification's own number.
+    rawSql(TDatabase::databasePath(folder),
+           {QStringLiteral("INSERT INTO objects (id, parent, kind, name, source) VALUES (1, 0, 281, 'G', 1)"),
+            QStringLiteral("INSERT INTO objects (id, parent, kind, name) VALUES (2, 1, 282, 'I282')"),
+            QStringLiteral("INSERT INTO objects (id, parent, kind, name) VALUES (3, 1, %1, 'Inative')")
+                .arg(int(KAObjectTypeIdentification))});
+    auto opened = openFolder(folder);
+    QVERIFY2(opened->db, qPrintable(opened->error));
+    const QList<const KAObject2*> identifications = opened->db->getObjectLst(KAObjectTypeIdentification);
+    QCOMPARE(identifications.size(), 2);
+    for (const KAObject2* object : identifications) {
+        const auto* identification = dynamic_cast<const KAObject2Identification*>(object);
+        QVERIFY(identification);
+        QCOMPARE(identification->parentGroup(), opened->db->objectById(1));
+    }
 }
 
 void TestTDatabase::namesRoundTrip_data()

@@ -64,6 +64,7 @@ qint64 TDatabaseBatch::addObject(const TDatabaseIndex& index, qint32 kind, qint6
                                          "L'objet parent %1 n'existe pas.").arg(parentId);
         return 0;
     }
+    kind = TDatabaseIndex::normalizedKind(kind);
     const qint64 id = m_firstId + m_objects.size();
     m_insertObject.bindValue(0, id);
     m_insertObject.bindValue(1, parentId);

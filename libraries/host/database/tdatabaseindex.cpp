@@ -35,6 +35,11 @@ TDatabaseIndex::~TDatabaseIndex()
         TObjectArena::destroy(object);
 }
 
+qint32 TDatabaseIndex::normalizedKind(qint32 kind)
+{
+    return kind == 282 ? qint32(KAObjectTypeIdentification) : kind;
+}
+
 void TDatabaseIndex::reserve(int objects)
 {
     m_objects.reserve(objects);
@@ -76,6 +81,7 @@ KAObject2* TDatabaseIndex::object(qint64 id) const
 KAObject2* TDatabaseIndex::insertObject(qint64 id, qint64 parentId, qint32 kind, const QString& name, int source,
                                         bool multichannel)
 {
+    kind = normalizedKind(kind);
     KAObject2* object = makeObject(kind, name, source, multichannel);
     object->setId(id);
     object->dbChange(m_db);

@@ -33,6 +33,10 @@ public:
     TDatabaseIndex(const TDatabaseIndex&) = delete;
     TDatabaseIndex& operator=(const TDatabaseIndex&) = delete;
 
+    // Kind 282 is also read as an identification: identifications report
+    // KAObjectTypeIdentification, and are filed under that kind.
+    static qint32 normalizedKind(qint32 kind);
+
     void reserve(int objects);
     // Makes the object of the right class for its kind and files it. The
     // parent may come later: the child is attached when it arrives.
