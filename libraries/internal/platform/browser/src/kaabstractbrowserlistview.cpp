@@ -166,6 +166,9 @@ void KAAbstractBrowserListView::buildChildren(Node* node, KATreeWidgetItem* pare
     batch.reserve(node->childCount());
     QList<QPair<KATreeWidgetItem*, Node*>> expanded;
     for (Node* child = node->firstChild(); child; child = child->nextSibling()) {
+        // A placeholder of the model stands for children not built: no item.
+        if (child->data() && child->data()->type() == KAObjectTypeFake)
+            continue;
         KATreeWidgetItem* item = KATreeWidgetItemCreator::instance()->createItemTree(child->data(), nullptr, nullptr);
         if (!item)
             continue;

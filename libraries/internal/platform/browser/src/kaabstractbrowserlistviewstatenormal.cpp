@@ -9,6 +9,8 @@ void KAAbstractBrowserListViewStateNormal::init(KAAbstractBrowserListView* view)
 {
     view->setColumnCount(2);
     view->setColumnHidden(1, true);
+    view->header()->setSectionResizeMode(0, QHeaderView::Interactive);
+    view->header()->setStretchLastSection(true);
 }
 
 void KAAbstractBrowserListViewStateNormal::fillTree(KAAbstractBrowserListView* view, TTree<KAObject2*>* root)

@@ -8,6 +8,7 @@
 #include "ttree.h"
 
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QTimer>
 #include <QToolButton>
 
@@ -15,6 +16,10 @@ void KAAbstractBrowserListViewStateSearch::init(KAAbstractBrowserListView* view)
 {
     view->setColumnCount(3);
     view->setColumnHidden(1, true);
+    // The names take the room; the restore buttons' column keeps its width.
+    view->header()->setStretchLastSection(false);
+    view->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    view->header()->setMinimumSectionSize(10);
     view->setColumnWidth(2, 10);
 }
 

@@ -72,6 +72,13 @@ void KAProjectBrowserAbstract::writeXmlConfig(QDomDocument doc)
     stream.setCodec("UTF8");
     doc.save(stream, 2, QDomNode::EncodingFromTextStream);
     stream.flush();
+    // Qt leaves the document type out of what it writes: it goes right
+    // after the declaration.
+    const QByteArray docType = "<!DOCTYPE " + DocType.toUtf8() + ">\n";
+    if (!bytes.contains(docType)) {
+        const int afterDeclaration = bytes.startsWith("<?xml") ? bytes.indexOf('\n') + 1 : 0;
+        bytes.insert(afterDeclaration, docType);
+    }
     // A file that cannot be written is skipped: the previous one stays.
     TXMLMethod::writeAtomically(treeStatePath(), bytes);
 }

@@ -24,6 +24,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSet>
 
 using TechDB::TAbstractMapper;
 
@@ -740,20 +741,74 @@ bool KAProjectBrowserMgr::renameObject(Node* node, QString& name)
         saveTree();
         return true;
     }
+    // Objects of the plug-ins (saved searches, ...) are theirs to rename.
+    if (node->data()->db() != m_db)
+        return false;
     if (!m_db->objectRename(node->data(), name))
         return false;
     saveTree();
     return true;
 }
 
+// Placements that point into a deleted user folder are dropped: the
+// objects recorded there come back directly in their branch.
+void KAProjectBrowserMgr::forgetPlacementsUnder(Node* node)
+{
+    QSet<Node*> gone;
+    QList<Node*> pending{node};
+    while (!pending.isEmpty()) {
+        Node* n = pending.takeLast();
+        gone.insert(n);
+        for (Node* c = n->firstChild(); c; c = c->nextSibling())
+            pending.append(c);
+    }
+    for (auto kind = m_placement.begin(); kind != m_placement.end(); ++kind) {
+        for (auto it = kind.value().begin(); it != kind.value().end();) {
+            if (gone.contains(it.value()))
+                it = kind.value().erase(it);
+            else
+                ++it;
+        }
+    }
+}
+
 bool KAProjectBrowserMgr::deleteObject(Node* node, bool flag)
 {
+    const bool userFolder = node && node->data() && node->data()->type() == KAObjectTypeFolder
+        && static_cast<const KAObject2Folder*>(node->data())->folderKind() == KAObjectTypeUserFolder;
+    if (userFolder) {
+        forgetPlacementsUnder(node);
+        // The objects the folder held stay in the tree: they go back to the
+        // folder's parent instead of vanishing with the folder's node.
+        Node* parent = node->parent();
+        QList<Node*> objects;
+        QList<Node*> pending{node};
+        while (!pending.isEmpty()) {
+            Node* n = pending.takeLast();
+            for (Node* c = n->firstChild(); c; c = c->nextSibling()) {
+                if (c->data() && c->data()->type() == KAObjectTypeFolder)
+                    pending.append(c);
+                else if (c->data() && c->data()->db())
+                    objects.append(c);
+            }
+        }
+        if (parent) {
+            for (Node* object : qAsConst(objects))
+                object->attachTo(parent);
+        }
+        const bool deleted = KAProjectBrowserAbstract::deleteObject(node, flag);
+        if (deleted && parent && !objects.isEmpty())
+            refreshInView(parent);
+        return deleted;
+    }
     if (KAProjectBrowserAbstract::deleteObject(node, flag))
         return true;
     if (!node || !node->data() || !m_db)
         return false;
     const KAObjectType type = node->data()->type();
     if (type == KAObjectTypeFolder || type == KAObjectTypeExternalFolders || type == KAObjectTypeExternalFile)
+        return false;
+    if (node->data()->db() != m_db)
         return false;
     return m_db->deleteObject(node->data(), flag);
 }

@@ -85,6 +85,7 @@ private:
     bool expandIdentification(Node* node);
     void clearNodeWithType(Node* root, KAObjectType type);
     void removeBranches();
+    void forgetPlacementsUnder(Node* node);
 
     Node* addNode(Node* parent, const KAObject2* object);
     Node* addOwnedNode(Node* parent, KAObject2* object); // the node owns object

@@ -24,6 +24,23 @@
 namespace {
 const QString ListTag = QStringLiteral("externalFolders");
 
+// The branch sorts after the project and after the saved searches ("z").
+class BranchItem : public KATreeWidgetItem
+{
+public:
+    BranchItem(QTreeWidget* view, const KAObject2* object)
+        : KATreeWidgetItem(view, object)
+    {
+        updateSortKey();
+    }
+    BranchItem(QTreeWidgetItem* parentItem, const KAObject2* object)
+        : KATreeWidgetItem(parentItem, object)
+    {
+        updateSortKey();
+    }
+    QString sortKey() const override { return QStringLiteral("z1"); }
+};
+
 bool isPlaceholder(const TTree<KAObject2*>* node)
 {
     return node && node->data() && node->data()->type() == KAObjectTypeFake;
@@ -209,7 +226,11 @@ KATreeWidgetItem* KAProjectBrowserPluginFiles::createItem(const KAObject2* objec
     const auto* file = dynamic_cast<const KAObject2ExternalFile*>(object);
     if (!file)
         return nullptr;
-    auto* item = parentItem ? new KATreeWidgetItem(parentItem, object) : new KATreeWidgetItem(view, object);
+    KATreeWidgetItem* item = nullptr;
+    if (file->isBranch())
+        item = parentItem ? static_cast<KATreeWidgetItem*>(new BranchItem(parentItem, object)) : new BranchItem(view, object);
+    else
+        item = parentItem ? new KATreeWidgetItem(parentItem, object) : new KATreeWidgetItem(view, object);
     const char* icon = file->isBranch() ? "external_folder" : file->isDir() ? "folder" : "file";
     item->setIcon(KATreeWidgetItem::NameColumn, QIcon(TPixmapCache::find(icon)));
     if (!file->isBranch())

@@ -88,8 +88,11 @@ void KAProjectBrowserPluginSearch::init()
     setTree(root);
 }
 
-void KAProjectBrowserPluginSearch::search(const QString& text, KAObjectType type)
+void KAProjectBrowserPluginSearch::search(const QString& requested, KAObjectType type)
 {
+    // A copy first: the text may belong to a saved search of the branch
+    // destroyed below.
+    const QString text = requested;
     m_searchText = text;
     m_searchKind = type;
     destroyBranch();

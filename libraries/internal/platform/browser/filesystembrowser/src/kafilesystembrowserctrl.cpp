@@ -68,6 +68,11 @@ QWidget* KAFileSystemBrowserCtrl::initView(QWidget* parent)
     return m_view;
 }
 
+KAFileSystemBrowserEditor* KAFileSystemBrowserCtrl::view() const
+{
+    return m_view.data();
+}
+
 void KAFileSystemBrowserCtrl::addRootItems()
 {
     Node* root = getTree();

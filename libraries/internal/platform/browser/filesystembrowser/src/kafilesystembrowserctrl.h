@@ -8,6 +8,7 @@
 #include <QList>
 #include <QMap>
 #include <QObject>
+#include <QPointer>
 #include <QTimer>
 #include <QUrl>
 
@@ -36,7 +37,7 @@ public:
     QWidget* initView(QWidget* parent);
     void setTitleView(const QString& title);
     QWidget* getEditor() const override;
-    KAFileSystemBrowserEditor* view() const { return m_view; }
+    KAFileSystemBrowserEditor* view() const;
     Node* getTree() const override;
     KAProjectBrowserFilterPackage* getFilter() const override;
     KAFileSystemBrowserFilterPackage* fileSystemFilter() const { return m_filter; }
@@ -92,7 +93,7 @@ private:
     void addRootItems();
     Node* findPathChild(const QString& part, Node* parent) const;
 
-    KAFileSystemBrowserEditor* m_view = nullptr;           // owned through its Qt parent, or deleted here
+    QPointer<KAFileSystemBrowserEditor> m_view;            // owned by its Qt parent, or deleted later here
     KAFileSystemBrowserMgr* m_manager = nullptr;           // owned
     KAFileSystemBrowserFilterPackage* m_filter = nullptr;  // not owned
     QMap<const KAObject2*, KAAbstractBrowserCtrl*> m_projectCtrls; // owned controllers

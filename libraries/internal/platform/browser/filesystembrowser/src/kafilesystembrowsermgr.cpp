@@ -86,8 +86,11 @@ void KAFileSystemBrowserMgr::createTree()
             attach(newChild(m_tree, new KAObject2AliasFolder(alias)));
     }
     for (Node* root : m_filter->customRoots()) {
-        if (root)
-            root->copy()->attachTo(m_tree);
+        if (root) {
+            Node* copy = root->copy();
+            copy->attachTo(m_tree);
+            copy->setOwnsData(false); // the filter's tree keeps its payloads
+        }
     }
 }
 
@@ -95,7 +98,8 @@ void KAFileSystemBrowserMgr::createTree()
 // as expanded is listed at once.
 void KAFileSystemBrowserMgr::attach(Node* node)
 {
-    if (getNodeExpandState(node) && !leadsIntoItself(node)) {
+    // A forced root comes expanded: it is listed at once too.
+    if ((node->isExpanded() || getNodeExpandState(node)) && !leadsIntoItself(node)) {
         node->setExpanded(true);
         fillAtOnce(node);
     } else {
@@ -161,6 +165,9 @@ bool KAFileSystemBrowserMgr::fillNodeOnExpand(Node* node)
                 continue;
             }
             project->attachTo(node);
+            // Linking copies the folder's ownership flag: the project node
+            // never owns the host's project object.
+            project->setOwnsData(false);
             if (getNodeExpandState(project)) {
                 project->setExpanded(true);
                 fillAtOnce(project);

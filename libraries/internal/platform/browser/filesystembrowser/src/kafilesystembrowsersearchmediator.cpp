@@ -101,6 +101,9 @@ void KAFileSystemBrowserSearchMediator::cancelOpenAll()
     if (!m_openAllThread)
         return;
     m_openAllThread->cancel();
+    // A job still waiting in the pool's queue is taken back: it never runs.
+    while (QThreadPool::globalInstance()->tryTake(m_openAllThread)) {
+    }
     m_openAllThread->wait();
     // Controllers it posted are delivered (and kept) before it goes.
     QCoreApplication::sendPostedEvents(this, KAFileSystemBrowserOpenAllThread::CtrlOpenedEvent::eventType());
@@ -163,10 +166,17 @@ void KAFileSystemBrowserSearchMediator::cancel()
 
 void KAFileSystemBrowserSearchMediator::cancel(bool resetView)
 {
-    if (m_openAllThread)
+    if (m_openAllThread) {
         m_openAllThread->cancel();
-    if (m_searchThread)
+        while (QThreadPool::globalInstance()->tryTake(m_openAllThread)) {
+        }
+    }
+    if (m_searchThread) {
         m_searchThread->invalidate();
+        // Runs queued while the pool was busy would find nothing to do.
+        while (QThreadPool::globalInstance()->tryTake(m_searchThread)) {
+        }
+    }
     m_currentSearch = 0;
     if (m_openAllThread)
         m_openAllThread->wait();
