@@ -25,8 +25,9 @@
 //                                    under the pool's mutex, out of sight)
 //
 // The wrapper runs the task exactly as the pool would (a task that deletes
-// itself is deleted after its run); our code never starts one self-deleting
-// task twice at once, which the wrapper would not support.
+// itself is deleted after its run), and tryTake() finds a task through its
+// wrappers still waiting in the queue; our code never starts one
+// self-deleting task twice at once, which the wrapper would not support.
 //
 // Only calls that reach Qt through the dynamic linker are wrapped (ours and
 // those of other Qt libraries); Qt's calls inside one of its own libraries
@@ -50,6 +51,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <mutex>
+#include <unordered_map>
 
 namespace {
 
@@ -119,6 +122,12 @@ void installDeliveryOrder()
     QCoreApplication::instance()->installEventFilter(new DeliveryOrder);
 }
 
+class OrderedTask;
+
+// Wrappers handed to a pool and not running yet, by the task they carry.
+std::mutex g_waitingMutex;
+std::unordered_multimap<QRunnable*, OrderedTask*> g_waiting; // guarded by g_waitingMutex
+
 class OrderedTask : public QRunnable
 {
 public:
@@ -128,9 +137,27 @@ public:
         setAutoDelete(true);
         __tsan_release(this);
     }
+    // Waiting in a pool's queue (or about to be handed to a thread).
+    void enlist()
+    {
+        std::lock_guard<std::mutex> lock(g_waitingMutex);
+        g_waiting.emplace(m_task, this);
+    }
+    void delist()
+    {
+        std::lock_guard<std::mutex> lock(g_waitingMutex);
+        auto range = g_waiting.equal_range(m_task);
+        for (auto it = range.first; it != range.second; ++it) {
+            if (it->second == this) {
+                g_waiting.erase(it);
+                return;
+            }
+        }
+    }
     void run() override
     {
         __tsan_acquire(this);
+        delist();
         m_task->run();
         if (m_deleteTask)
             delete m_task;
@@ -284,7 +311,11 @@ bool QThread::isFinished() const
 void QThreadPool::start(QRunnable* runnable, int priority)
 {
     REAL(void (*)(QThreadPool*, QRunnable*, int), "_ZN11QThreadPool5startEP9QRunnablei");
-    real(this, runnable ? new OrderedTask(runnable) : nullptr, priority);
+    if (!runnable)
+        return;
+    auto* task = new OrderedTask(runnable);
+    task->enlist();
+    real(this, task, priority);
 }
 
 bool QThreadPool::tryStart(QRunnable* runnable)
@@ -293,10 +324,35 @@ bool QThreadPool::tryStart(QRunnable* runnable)
     if (!runnable)
         return real(this, nullptr);
     auto* task = new OrderedTask(runnable);
+    task->enlist();
     if (real(this, task))
         return true;
+    task->delist();
     delete task; // refused: the caller keeps its task
     return false;
+}
+
+// Takes back one waiting wrapper of the task: the task goes back to the
+// caller, as Qt's own tryTake() gives it.
+bool QThreadPool::tryTake(QRunnable* runnable)
+{
+    REAL(bool (*)(QThreadPool*, QRunnable*), "_ZN11QThreadPool7tryTakeEP9QRunnable");
+    {
+        // Held across Qt's tryTake: a wrapper that a pool thread has just
+        // taken waits in delist() and cannot run (nor be freed) meanwhile.
+        // Qt never calls back into this file under its pool's mutex.
+        std::lock_guard<std::mutex> lock(g_waitingMutex);
+        auto range = g_waiting.equal_range(runnable);
+        for (auto it = range.first; it != range.second; ++it) {
+            OrderedTask* task = it->second;
+            if (real(this, task)) {
+                g_waiting.erase(it);
+                delete task;
+                return true;
+            }
+        }
+    }
+    return real(this, runnable);
 }
 
 bool QWaitCondition::wait(QMutex* lockedMutex, QDeadlineTimer deadline)
