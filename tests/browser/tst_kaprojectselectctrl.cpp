@@ -15,6 +15,8 @@
 #include "tmessagebox.h"
 #include "ttree.h"
 
+#include "kafilteractiongroup.h"
+
 #include <QActionGroup>
 #include <QStatusBar>
 #include <QTreeWidgetItemIterator>

@@ -12,6 +12,8 @@
 #include "messageloggerinterface.h"
 #include "testfixture.h"
 
+#include "kafilteractiongroup.h"
+
 #include <QActionGroup>
 #include <QtTest>
 

@@ -1,8 +1,8 @@
 #include "kaprojectselecteditor.h"
 
+#include "kafilteractiongroup.h"
 #include "kalineeditsearch.h"
 #include "kapropertyeditorhtml.h"
-#include "kaprojectbrowserfilter.h"
 #include "kaprojectbrowserfilterpackage.h"
 #include "kaprojectselectctrl.h"
 #include "kaprojectselectsearchprogressbar.h"
@@ -48,23 +48,12 @@ void KAProjectSelectEditor::init(QWidget* view)
     bar->addWidget(filterButton);
 
     auto* menu = new QMenu(filterButton);
-    m_filterGroup = new QActionGroup(this);
-    m_filterGroup->setExclusive(false);
-    if (m_ctrl && m_ctrl->getFilter()) {
-        for (const KAProjectBrowserFilter* entry : m_ctrl->getFilter()->list()) {
-            if (!entry->active)
-                continue;
-            auto* action = new QAction(QIcon(entry->icon), entry->label, m_filterGroup);
-            action->setCheckable(true);
-            action->setChecked(true);
-            action->setData(int(entry->type));
-            connect(action, &QAction::triggered, this, &KAProjectSelectEditor::slotFilterView);
-            menu->addAction(action);
-            // The project kind is always shown here: its action exists, hidden.
-            if (entry->type == KAObjectTypeProject)
-                action->setVisible(false);
-        }
-    }
+    m_filterGroup = new KAFilterActionGroup(m_ctrl ? m_ctrl->getFilter() : nullptr, menu, this);
+    for (QAction* action : m_filterGroup->actions())
+        connect(action, &QAction::triggered, this, &KAProjectSelectEditor::slotFilterView);
+    // The project kind is always shown here: its action exists, hidden.
+    if (QAction* project = m_filterGroup->action(KAObjectTypeProject))
+        project->setVisible(false);
     filterButton->setMenu(menu);
 
     auto* progress = new KAProjectSelectSearchProgressBar(left);
@@ -88,10 +77,8 @@ void KAProjectSelectEditor::init(QWidget* view)
 
 void KAProjectSelectEditor::setCurrentFilter(const QList<KAObjectType>& types)
 {
-    if (!m_filterGroup)
-        return;
-    for (QAction* action : m_filterGroup->actions())
-        action->setChecked(types.contains(KAObjectType(action->data().toInt())));
+    if (m_filterGroup)
+        m_filterGroup->setCurrent(types);
 }
 
 void KAProjectSelectEditor::slotShowProperties(bool show)
@@ -103,15 +90,9 @@ void KAProjectSelectEditor::slotShowProperties(bool show)
 void KAProjectSelectEditor::slotFilterView()
 {
     auto* action = qobject_cast<QAction*>(sender());
-    if (!action || !action->actionGroup())
-        return;
-    QList<KAObjectType> types;
-    for (QAction* a : action->actionGroup()->actions()) {
-        if (a->isChecked())
-            types.append(KAObjectType(a->data().toInt()));
-    }
-    if (m_ctrl)
-        m_ctrl->filterView(types);
+    auto* group = action ? qobject_cast<KAFilterActionGroup*>(action->actionGroup()) : nullptr;
+    if (group && m_ctrl)
+        m_ctrl->filterView(group->types(true));
 }
 
 void KAProjectSelectEditor::slotSearch(const QString& text)

@@ -5,8 +5,8 @@
 
 #include <QWidget>
 
+class KAFilterActionGroup;
 class KAProjectSelectCtrl;
-class QActionGroup;
 class QGroupBox;
 class QSplitter;
 class TProcessProgressInterface;
@@ -24,7 +24,7 @@ public:
 
     TProcessProgressInterface* progress() const { return m_progress; }
     QGroupBox* descriptionBox() const { return m_description; }
-    QActionGroup* filterActions() const { return m_filterGroup; }
+    KAFilterActionGroup* filterActions() const { return m_filterGroup; }
     QSplitter* splitter() const { return m_splitter; }
 
 public slots:
@@ -38,5 +38,5 @@ private:
     QSplitter* m_splitter = nullptr;              // owned (child)
     QGroupBox* m_description = nullptr;           // owned (child)
     TProcessProgressInterface* m_progress = nullptr; // owned (child widget)
-    QActionGroup* m_filterGroup = nullptr;        // owned (child)
+    KAFilterActionGroup* m_filterGroup = nullptr; // owned (child)
 };

@@ -2,6 +2,7 @@
 
 #include "kaabstractbrowserlistview.h"
 #include "kafilesystembrowserfilterpackage.h"
+#include "kafilteractiongroup.h"
 #include "kalineeditsearch.h"
 #include "kaprojectbrowserfilter.h"
 #include "kastackedbrowserctrl.h"
@@ -50,21 +51,10 @@ KAStackedBrowserEditor::KAStackedBrowserEditor(KAStackedBrowserCtrl* ctrl)
     connect(m_filterButton, &QToolButton::clicked, this, &KAStackedBrowserEditor::slotResetFilter);
     bar->addWidget(m_filterButton);
 
-    m_filterGroup = new QActionGroup(this);
-    m_filterGroup->setExclusive(false);
     auto* menu = new QMenu(this);
-    if (ctrl && ctrl->getFilter()) {
-        for (const KAProjectBrowserFilter* entry : ctrl->getFilter()->list()) {
-            if (!entry->active)
-                continue;
-            auto* action = new QAction(QIcon(entry->icon), entry->label, m_filterGroup);
-            action->setCheckable(true);
-            action->setChecked(true);
-            action->setData(int(entry->type));
-            connect(action, &QAction::triggered, this, &KAStackedBrowserEditor::slotFilterView);
-            menu->addAction(action);
-        }
-    }
+    m_filterGroup = new KAFilterActionGroup(ctrl ? ctrl->getFilter() : nullptr, menu, this);
+    for (QAction* action : m_filterGroup->actions())
+        connect(action, &QAction::triggered, this, &KAStackedBrowserEditor::slotFilterView);
     m_filterButton->setMenu(menu);
 
     auto* progress = new KAStackedBrowserSearchProgressBar(this);
@@ -111,22 +101,17 @@ void KAStackedBrowserEditor::setTitle(const QString&)
 
 void KAStackedBrowserEditor::setAllowedFilters(const QList<KAObjectType>& types)
 {
-    for (QAction* action : m_filterGroup->actions())
-        action->setEnabled(types.contains(KAObjectType(action->data().toInt())));
+    m_filterGroup->setAllowed(types);
 }
 
 QList<KAObjectType> KAStackedBrowserEditor::getAllowedFilters()
 {
-    QList<KAObjectType> types;
-    for (QAction* action : m_filterGroup->actions())
-        types.append(KAObjectType(action->data().toInt()));
-    return types;
+    return m_filterGroup->types(false);
 }
 
 void KAStackedBrowserEditor::setCurrentFilter(const QList<KAObjectType>& types)
 {
-    for (QAction* action : m_filterGroup->actions())
-        action->setChecked(types.contains(KAObjectType(action->data().toInt())));
+    m_filterGroup->setCurrent(types);
 }
 
 void KAStackedBrowserEditor::setCurrentSearch(const QString& text)
@@ -165,13 +150,8 @@ void KAStackedBrowserEditor::slotRefresh()
 
 void KAStackedBrowserEditor::slotFilterView()
 {
-    QList<KAObjectType> types;
-    for (QAction* action : m_filterGroup->actions()) {
-        if (action->isChecked())
-            types.append(KAObjectType(action->data().toInt()));
-    }
     if (m_ctrl)
-        m_ctrl->filterView(types);
+        m_ctrl->filterView(m_filterGroup->types(true));
 }
 
 void KAStackedBrowserEditor::slotResetFilter()

@@ -6,9 +6,9 @@
 #include <QStackedWidget>
 #include <QWidget>
 
+class KAFilterActionGroup;
 class KALineEditSearch;
 class KAStackedBrowserCtrl;
-class QActionGroup;
 class QToolButton;
 
 // The stacked explorer's panel: search field, refresh and filter buttons,
@@ -38,7 +38,7 @@ public:
     KALineEditSearch* searchField() const { return m_search; }
     QToolButton* refreshButton() const { return m_refreshButton; }
     QToolButton* filterButton() const { return m_filterButton; }
-    QActionGroup* filterActions() const { return m_filterGroup; }
+    KAFilterActionGroup* filterActions() const { return m_filterGroup; }
 
 public slots:
     void slotRefresh();
@@ -51,7 +51,7 @@ private:
     QStackedWidget m_stack;
     QToolButton* m_refreshButton = nullptr;       // owned (child)
     QToolButton* m_filterButton = nullptr;        // owned (child)
-    QActionGroup* m_filterGroup = nullptr;        // owned (child)
+    KAFilterActionGroup* m_filterGroup = nullptr; // owned (child)
     TProcessProgressInterface* m_progress = nullptr; // owned (child widget)
     KALineEditSearch* m_search = nullptr;         // owned (child)
 };

@@ -70,10 +70,7 @@ void KAFileSystemBrowserOpenAllThread::run()
     try {
         work();
     } catch (...) {
-        QCoreApplication::postEvent(m_receiver, new KAFileSystemBrowserSearchMediator::ExceptionOccuredEvent,
-                                    Qt::LowEventPriority);
-        TExceptionHandler::report(QStringLiteral("Unknown Exception (Thread)"), QString::fromLatin1(SourceFile),
-                                  __LINE__);
+        KAFileSystemBrowserSearchMediator::reportWorkerFailure(m_receiver, SourceFile, __LINE__);
     }
     --m_running;
 }

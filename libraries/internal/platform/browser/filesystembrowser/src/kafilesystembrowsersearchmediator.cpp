@@ -8,6 +8,7 @@
 #include "kaprojectbrowserctrl.h"
 #include "messageloggerinterface.h"
 #include "projectmgrinterface.h"
+#include "texceptionhandler.h"
 #include "tprocessprogressinterface.h"
 #include "ttree.h"
 
@@ -52,6 +53,12 @@ QEvent::Type KAFileSystemBrowserSearchMediator::ExceptionOccuredEvent::eventType
 {
     static const QEvent::Type type = QEvent::Type(QEvent::registerEventType());
     return type;
+}
+
+void KAFileSystemBrowserSearchMediator::reportWorkerFailure(QObject* receiver, const char* sourceFile, int line)
+{
+    QCoreApplication::postEvent(receiver, new ExceptionOccuredEvent, Qt::LowEventPriority);
+    TExceptionHandler::report(QStringLiteral("Unknown Exception (Thread)"), QString::fromLatin1(sourceFile), line);
 }
 
 KAFileSystemBrowserSearchMediator::KAFileSystemBrowserSearchMediator(KAFileSystemBrowserCtrl* controller)

@@ -34,6 +34,11 @@ public:
     };
 
     explicit KAFileSystemBrowserSearchMediator(KAFileSystemBrowserCtrl* controller);
+
+    // What a worker does with anything that leaves its loop (any thread):
+    // the mediator is told with a posted event, then the host's exception
+    // handler gets a report. Nothing leaves a pool thread.
+    static void reportWorkerFailure(QObject* receiver, const char* sourceFile, int line);
     ~KAFileSystemBrowserSearchMediator() override;
 
     void setFilter(KAFileSystemBrowserFilterPackage* filter) { m_filter = filter; }

@@ -83,11 +83,7 @@ void KAFileSystemBrowserSearchThread::run()
     try {
         work();
     } catch (...) {
-        // Nothing leaves a pool thread: the mediator is told, then the host.
-        QCoreApplication::postEvent(m_receiver, new KAFileSystemBrowserSearchMediator::ExceptionOccuredEvent,
-                                    Qt::LowEventPriority);
-        TExceptionHandler::report(QStringLiteral("Unknown Exception (Thread)"), QString::fromLatin1(SourceFile),
-                                  __LINE__);
+        KAFileSystemBrowserSearchMediator::reportWorkerFailure(m_receiver, SourceFile, __LINE__);
     }
     --m_workers;
 }
