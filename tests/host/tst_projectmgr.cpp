@@ -356,13 +356,12 @@ void TestProjectMgr::silentOpensFromPoolThreadsWhileListing()
     RecordingObserver observer(QStringLiteral("O"), &log);
     m_mgr->registerObserver(&observer);
 
-    QThreadPool pool;
-    pool.setMaxThreadCount(4);
+    QThreadPool* pool = QThreadPool::globalInstance();
     QAtomicInt succeeded(0);
     // Each project twice: two workers race to open the same project.
     for (int round = 0; round < 2; ++round) {
         for (const KAObject2Project* project : projects) {
-            pool.start([this, project, &succeeded]() {
+            pool->start([this, project, &succeeded]() {
                 if (m_mgr->openProject(project, false, true))
                     succeeded.fetchAndAddRelaxed(1);
             });
@@ -370,7 +369,7 @@ void TestProjectMgr::silentOpensFromPoolThreadsWhileListing()
     }
     // Meanwhile the GUI thread keeps reading the lists.
     int reads = 0;
-    while (!pool.waitForDone(1)) {
+    while (!pool->waitForDone(1)) {
         for (const KAObject2Project* project : m_mgr->projectList())
             reads += project->name().size() > 0 ? 1 : 0;
         reads += m_mgr->openProjects().size();

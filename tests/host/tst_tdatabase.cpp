@@ -1,3 +1,4 @@
+// ctest-label: threads
 #include "testfixture.h"
 
 #include "tdatabasetesthelpers.h"
