@@ -1,7 +1,16 @@
 #include "benchsupport.h"
 
+#include "kaobject2project.h"
+#include "projectmgrinterface.h"
+#include "tdatabase.h"
+
+#include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
+#include <QStandardPaths>
+#include <QTimer>
 #include <algorithm>
+#include <cstdarg>
 #include <cstdio>
 
 namespace Bench {
@@ -43,6 +52,90 @@ void report(const QString& name, double oursMs, double baselineMs)
     std::printf("bench: %s ours=%.3f baseline=%.3f ratio=%.3f\n", qPrintable(name), oursMs,
                 baselineMs, baselineMs > 0 ? oursMs / baselineMs : 0.0);
     std::fflush(stdout);
+}
+
+void initEnvironment()
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QStandardPaths::setTestModeEnabled(true);
+}
+
+TSampleGenerator::Options projectOptions(int scale)
+{
+    TSampleGenerator::Options options;
+    options.projects = 1;
+    options.analyses = 150 * scale;
+    options.signalsPerAnalysis = 4;
+    options.peaksPerSignal = 30;
+    options.wells = 30 * scale;
+    options.datasetsPerWell = 10;
+    options.variablesPerDataset = 5;
+    options.groups = 4 * scale;
+    options.seed = 42;
+    return options;
+}
+
+bool waitUntil(const std::function<bool()>& done, int limitMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    QTimer tick;
+    tick.setInterval(1);
+    tick.start();
+    while (!done()) {
+        if (clock.elapsed() > limitMs)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
+}
+
+void note(const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    std::vfprintf(stderr, format, args);
+    va_end(args);
+    std::fputc('\n', stderr);
+    std::fflush(stderr);
+}
+
+SampleProject::SampleProject(const QString& name, const TSampleGenerator::Options& options, quint32 seed)
+{
+    if (!m_dir.isValid()) {
+        m_error = QStringLiteral("no temporary folder");
+        return;
+    }
+    m_folder = QDir(m_dir.path()).filePath(name);
+    QElapsedTimer timer;
+    timer.start();
+    if (!TSampleGenerator::generateProject(m_folder, name, options, seed, &m_error))
+        return;
+    m_generationMs = timer.nsecsElapsed() / 1.0e6;
+    ProjectMgrInterface* mgr = ProjectMgrInterface::returnMe();
+    m_project = mgr->findProject(m_folder);
+    if (!m_project) {
+        m_error = QStringLiteral("the project manager does not know %1").arg(m_folder);
+        return;
+    }
+    if (!mgr->openProject(m_project)) {
+        m_error = QStringLiteral("the project manager refused to open %1").arg(m_folder);
+        return;
+    }
+    m_db = m_project->db();
+}
+
+SampleProject::~SampleProject()
+{
+    ProjectMgrInterface* mgr = ProjectMgrInterface::returnMe();
+    if (m_project && mgr->isOpen(m_project))
+        mgr->closeProject(m_project);
+}
+
+int SampleProject::objectCount() const
+{
+    return m_db ? m_db->objectCount() : 0;
 }
 
 } // namespace Bench
