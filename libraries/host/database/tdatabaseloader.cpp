@@ -41,11 +41,12 @@ bool TDatabaseLoader::load(const QSqlDatabase& connection, TDatabaseIndex* index
     QSqlQuery query(connection);
 
     // max(id) is read from the primary key's b-tree end: a cheap bound that
-    // lets the containers be sized once.
+    // lets the containers be sized once (capped: ids of deleted objects are
+    // never reused, so a small project may have large ids).
     if (!run(query, QStringLiteral("SELECT max(id) FROM objects"), path, error))
         return false;
     if (query.next())
-        index->reserve(int(qMin<qint64>(query.value(0).toLongLong(), 16 * 1024 * 1024)));
+        index->reserve(int(qMin<qint64>(query.value(0).toLongLong(), 1024 * 1024)));
     query.finish();
 
     // The three small integers travel packed in one column: every column
