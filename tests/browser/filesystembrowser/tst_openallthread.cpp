@@ -141,7 +141,7 @@ void tst_OpenAllThread::cleanup()
 
 void tst_OpenAllThread::runToEnd(KAFileSystemBrowserOpenAllThread* job)
 {
-    QThreadPool::globalInstance()->start(job);
+    job->start();
     QThreadPool::globalInstance()->waitForDone();
     QVERIFY(!job->isRunning());
 }

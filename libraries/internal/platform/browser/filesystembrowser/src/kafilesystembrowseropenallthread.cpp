@@ -43,6 +43,7 @@ KAFileSystemBrowserOpenAllThread::KAFileSystemBrowserOpenAllThread(QObject* rece
 KAFileSystemBrowserOpenAllThread::~KAFileSystemBrowserOpenAllThread()
 {
     cancel();
+    unqueue();
     wait();
 }
 
@@ -64,9 +65,21 @@ void KAFileSystemBrowserOpenAllThread::wait() const
         QThread::yieldCurrentThread();
 }
 
-void KAFileSystemBrowserOpenAllThread::run()
+// A run counts from the moment the pool accepts it to the end of run().
+void KAFileSystemBrowserOpenAllThread::start()
 {
     ++m_running;
+    QThreadPool::globalInstance()->start(this);
+}
+
+void KAFileSystemBrowserOpenAllThread::unqueue()
+{
+    while (QThreadPool::globalInstance()->tryTake(this))
+        --m_running;
+}
+
+void KAFileSystemBrowserOpenAllThread::run()
+{
     try {
         work();
     } catch (...) {
@@ -79,7 +92,12 @@ void KAFileSystemBrowserOpenAllThread::work()
 {
     QThreadPool* pool = QThreadPool::globalInstance();
     pool->reserveThread();
-    while (pool->tryStart(this)) {
+    for (;;) {
+        ++m_running;
+        if (!pool->tryStart(this)) {
+            --m_running;
+            break;
+        }
     }
     pool->releaseThread();
 

@@ -44,7 +44,12 @@ public:
                                      KAFileSystemBrowserFilterPackage* filter);
     ~KAFileSystemBrowserOpenAllThread() override;
 
+    // Hands the job to the global pool.
+    void start();
+    // Takes back the runs still waiting in the pool's queue.
+    void unqueue();
     void cancel();
+    // Queued or running.
     bool isRunning() const { return m_running.load() != 0; }
     // Returns once no worker runs (yielding the processor meanwhile).
     void wait() const;
@@ -60,5 +65,5 @@ private:
     QList<const KAObject2Project*> m_projects;   // guarded by m_mutex
     KAFileSystemBrowserFilterPackage* m_filter;  // not owned; read only by the workers
     bool m_cancelled = false;                    // guarded by m_mutex
-    std::atomic<int> m_running{0};
+    std::atomic<int> m_running{0};               // runs accepted by the pool, queued or running
 };

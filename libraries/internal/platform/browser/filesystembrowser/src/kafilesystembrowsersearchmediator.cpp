@@ -109,14 +109,14 @@ void KAFileSystemBrowserSearchMediator::cancelOpenAll()
         return;
     m_openAllThread->cancel();
     // A job still waiting in the pool's queue is taken back: it never runs.
-    while (QThreadPool::globalInstance()->tryTake(m_openAllThread)) {
-    }
+    m_openAllThread->unqueue();
     m_openAllThread->wait();
     // Controllers it posted are delivered (and kept) before it goes.
     QCoreApplication::sendPostedEvents(this, KAFileSystemBrowserOpenAllThread::CtrlOpenedEvent::eventType());
     QCoreApplication::sendPostedEvents(this, KAFileSystemBrowserOpenAllThread::LoadingCompleteEvent::eventType());
     delete m_openAllThread;
     m_openAllThread = nullptr;
+    m_loading = false;
 }
 
 void KAFileSystemBrowserSearchMediator::openAllProjects()
@@ -132,7 +132,8 @@ void KAFileSystemBrowserSearchMediator::openAllProjects()
     if (m_progress)
         m_progress->startProcess(projects.size(), QString(), QString());
     m_openAllThread = new KAFileSystemBrowserOpenAllThread(this, projects, m_filter);
-    QThreadPool::globalInstance()->start(m_openAllThread);
+    m_loading = true;
+    m_openAllThread->start();
 }
 
 void KAFileSystemBrowserSearchMediator::nameSearch()
@@ -175,18 +176,17 @@ void KAFileSystemBrowserSearchMediator::cancel(bool resetView)
 {
     if (m_openAllThread) {
         m_openAllThread->cancel();
-        while (QThreadPool::globalInstance()->tryTake(m_openAllThread)) {
-        }
+        m_openAllThread->unqueue();
     }
     if (m_searchThread) {
         m_searchThread->invalidate();
         // Runs queued while the pool was busy would find nothing to do.
-        while (QThreadPool::globalInstance()->tryTake(m_searchThread)) {
-        }
+        m_searchThread->unqueue();
     }
     m_currentSearch = 0;
     if (m_openAllThread)
         m_openAllThread->wait();
+    m_loading = false;
     while (m_searchThread && m_searchThread->workerCount() != 0)
         QThread::yieldCurrentThread();
     QCoreApplication::sendPostedEvents(this, 0);
@@ -201,7 +201,9 @@ void KAFileSystemBrowserSearchMediator::cancel(bool resetView)
 
 bool KAFileSystemBrowserSearchMediator::isFinished() const
 {
-    if (m_openAllThread && m_openAllThread->isRunning())
+    // Loading lasts from the job's start, queued or running, to its
+    // completion event.
+    if (m_loading || (m_openAllThread && m_openAllThread->isRunning()))
         return false;
     if (m_searchThread && (m_searchThread->workerCount() != 0 || !m_searchThread->queueEmpty()))
         return false;
@@ -271,6 +273,7 @@ bool KAFileSystemBrowserSearchMediator::event(QEvent* event)
         return true;
     }
     if (type == KAFileSystemBrowserOpenAllThread::LoadingCompleteEvent::eventType()) {
+        m_loading = false;
         if (m_progress)
             m_progress->endProcess();
         if (m_openAllThread) {

@@ -82,4 +82,5 @@ private:
     QList<TTree<KAObject2*>*> m_shown;                           // results in the view, owned
     QTimer m_resultTimer;
     QString m_text;
+    bool m_loading = false; // the open-all job started and has not completed
 };

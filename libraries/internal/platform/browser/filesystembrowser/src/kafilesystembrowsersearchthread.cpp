@@ -59,16 +59,35 @@ int KAFileSystemBrowserSearchThread::searchNumber() const
     return m_searchNumber;
 }
 
-// When the pool is busy (projects being opened), one run is queued so that
-// the controllers waiting in the queue are searched as soon as a thread
-// frees; a run that finds the queue empty returns at once.
+// A run counts from the moment the pool accepts it (queued or started) to
+// the end of run(): a count of zero means the pool holds no run of this
+// object, so it may be deleted.
+bool KAFileSystemBrowserSearchThread::tryStartOne()
+{
+    ++m_workers;
+    if (QThreadPool::globalInstance()->tryStart(this))
+        return true;
+    --m_workers;
+    return false;
+}
+
+// Workers of an older search may hold every thread and leave without
+// touching the queue: a run is queued whenever none could start.
 void KAFileSystemBrowserSearchThread::startWorkers()
 {
     bool started = false;
-    while (QThreadPool::globalInstance()->tryStart(this))
+    while (tryStartOne())
         started = true;
-    if (!started && m_workers.load() == 0 && !queueEmpty())
+    if (!started && !queueEmpty()) {
+        ++m_workers;
         QThreadPool::globalInstance()->start(this);
+    }
+}
+
+void KAFileSystemBrowserSearchThread::unqueue()
+{
+    while (QThreadPool::globalInstance()->tryTake(this))
+        --m_workers;
 }
 
 bool KAFileSystemBrowserSearchThread::queueEmpty()
@@ -79,7 +98,6 @@ bool KAFileSystemBrowserSearchThread::queueEmpty()
 
 void KAFileSystemBrowserSearchThread::run()
 {
-    ++m_workers;
     try {
         work();
     } catch (...) {
@@ -103,7 +121,7 @@ void KAFileSystemBrowserSearchThread::work()
             text = m_text;
         }
         // Every free pool thread takes a project of its own.
-        while (QThreadPool::globalInstance()->tryStart(this)) {
+        while (tryStartOne()) {
         }
         auto* project = dynamic_cast<KAProjectBrowserCtrl*>(controller);
         TTree<KAObject2*>* result = project ? project->takeSearchResult(text) : controller->search(text);

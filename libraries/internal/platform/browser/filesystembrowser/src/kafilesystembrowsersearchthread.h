@@ -49,12 +49,15 @@ public:
     int workerCount() const { return m_workers.load(); }
     // Starts workers on the global pool while it accepts them.
     void startWorkers();
+    // Takes back the runs still waiting in the pool's queue.
+    void unqueue();
     bool queueEmpty();
 
     void run() override;
 
 private:
     void work();
+    bool tryStartOne();
 
     QReadWriteLock m_numberLock;             // guards m_searchNumber; taken before m_mutex
     QMutex m_mutex;                          // guards m_text and m_queue
@@ -62,5 +65,5 @@ private:
     QString m_text;                          // guarded by m_mutex
     QList<KAAbstractBrowserCtrl*> m_queue;   // guarded by m_mutex; controllers not owned
     int m_searchNumber = 0;                  // guarded by m_numberLock
-    std::atomic<int> m_workers{0};
+    std::atomic<int> m_workers{0};           // runs accepted by the pool, queued or running
 };
