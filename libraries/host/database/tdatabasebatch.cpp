@@ -132,6 +132,7 @@ void TDatabaseBatch::fileInto(TDatabaseIndex* index) const
     index->reserve(index->count() + m_objects.size());
     for (const ObjectRow& row : m_objects)
         index->insertObject(row.id, row.parent, row.kind, row.name, row.source, row.multichannel);
+    index->fileKinds();
     for (const PropertyRow& row : m_properties)
         index->setProperty(row.object, row.property);
     for (const LinkRow& row : m_links)

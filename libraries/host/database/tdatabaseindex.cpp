@@ -92,18 +92,6 @@ KAObject2* TDatabaseIndex::insertObject(qint64 id, qint64 parentId, qint32 kind,
         m_objects.append(object);
     m_maxId = qMax(m_maxId, id);
 
-    // Rows of one kind come in runs (the peak detections of a signal): the
-    // list of the previous row's kind is kept at hand.
-    if (!m_lastKindList || m_lastKind != kind) {
-        m_lastKindList = &m_byType[kind];
-        m_lastKind = kind;
-    }
-    QList<const KAObject2*>& ofKind = *m_lastKindList;
-    if (!ofKind.isEmpty() && ofKind.last()->id() > id)
-        ofKind.insert(std::upper_bound(ofKind.begin(), ofKind.end(), object, idLess), object);
-    else
-        ofKind.append(object);
-
     if (parentId != 0 && parentId != id) {
         KAObject2* parent = m_lastParent && m_lastParent->id() == parentId ? m_lastParent : this->object(parentId);
         if (parent) {
@@ -133,6 +121,37 @@ KAObject2* TDatabaseIndex::insertObject(qint64 id, qint64 parentId, qint32 kind,
             it.value() = static_cast<KAObject2Analysis*>(object);
     }
     return object;
+}
+
+// The lists are made in one go after the rows: grown row by row, their
+// reallocations would leave holes that the rows' small strings fill, and a
+// heap scattered that way is much slower to free when the project closes.
+void TDatabaseIndex::fileKinds()
+{
+    QHash<qint32, int> counts;
+    qint32 lastKind = 0;
+    int* lastCount = nullptr;
+    for (const KAObject2* object : qAsConst(m_objects)) {
+        const qint32 kind = object->type();
+        if (!lastCount || kind != lastKind) {
+            lastCount = &counts[kind];
+            lastKind = kind;
+        }
+        ++*lastCount;
+    }
+    m_byType.clear();
+    for (auto it = counts.constBegin(); it != counts.constEnd(); ++it)
+        m_byType[it.key()].reserve(it.value());
+    QList<const KAObject2*>* list = nullptr;
+    lastKind = 0;
+    for (const KAObject2* object : qAsConst(m_objects)) {
+        const qint32 kind = object->type();
+        if (!list || kind != lastKind) {
+            list = &m_byType[kind];
+            lastKind = kind;
+        }
+        list->append(object);
+    }
 }
 
 void TDatabaseIndex::attach(KAObject2* child, KAObject2* parent)
@@ -381,7 +400,6 @@ void TDatabaseIndex::remove(const QList<const KAObject2*>& objects)
             const_cast<KAObject2*>(object)->detachFromParent();
     }
     m_lastParent = nullptr;
-    m_lastKindList = nullptr;
     for (const KAObject2* object : objects)
         TObjectArena::destroy(const_cast<KAObject2*>(object));
 }

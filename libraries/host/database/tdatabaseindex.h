@@ -39,12 +39,14 @@ public:
 
     void reserve(int objects);
     // Makes the object of the right class for its kind and files it. The
-    // parent may come later: the child is attached when it arrives.
+    // parent may come later: the child is attached when it arrives. The
+    // lists by kind follow only with fileKinds(), once the rows are in.
     KAObject2* insertObject(qint64 id, qint64 parentId, qint32 kind, const QString& name, int source,
                             bool multichannel);
     // Identification -> peak detection. False when either end is missing or
     // of the wrong kind.
     bool insertLink(qint64 identificationId, qint64 peakDetectId);
+    void fileKinds();
     void setProperty(qint64 objectId, const TProperty& property);
 
     int count() const { return m_objects.size(); }
@@ -81,8 +83,6 @@ private:
     // database order; looked up by id with a binary search.
     QVector<KAObject2*> m_objects;
     KAObject2* m_lastParent = nullptr;                  // not owned: rows of one parent come together
-    QList<const KAObject2*>* m_lastKindList = nullptr;  // not owned: m_byType's list of m_lastKind
-    qint32 m_lastKind = 0;
     QHash<qint32, QList<const KAObject2*>> m_byType;    // not owned, database order
     qint64 m_maxId = 0;
     QHash<qint64, QVector<KAObject2*>> m_waitingForParent; // parent id -> children seen before it; not owned

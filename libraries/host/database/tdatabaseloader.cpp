@@ -66,6 +66,7 @@ bool TDatabaseLoader::load(const QSqlDatabase& connection, TDatabaseIndex* index
     if (!finished(query, path, error))
         return false;
     query.finish();
+    index->fileKinds();
 
     if (!run(query, QStringLiteral("SELECT object, key, value, unit, comment FROM properties"), path, error))
         return false;
