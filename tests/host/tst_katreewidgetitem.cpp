@@ -48,7 +48,7 @@ private slots:
 
 private:
     // "F:name" is a folder, anything else a signal.
-    KAObject2* makeObject(const QString& spec);
+    KAObject2* makeObject(const QString& entry);
     QStringList visibleOrder() const;
 
     std::unique_ptr<QTreeWidget> m_view;
@@ -70,12 +70,12 @@ void TestKATreeWidgetItem::cleanup()
     m_objects.clear();
 }
 
-KAObject2* TestKATreeWidgetItem::makeObject(const QString& spec)
+KAObject2* TestKATreeWidgetItem::makeObject(const QString& entry)
 {
-    if (spec.startsWith(QLatin1String("F:")))
-        m_objects.emplace_back(new KAObject2Folder(spec.mid(2), KAObjectTypeUserFolder));
+    if (entry.startsWith(QLatin1String("F:")))
+        m_objects.emplace_back(new KAObject2Folder(entry.mid(2), KAObjectTypeUserFolder));
     else
-        m_objects.emplace_back(new KAObject2(KAObjectTypeSignal, spec));
+        m_objects.emplace_back(new KAObject2(KAObjectTypeSignal, entry));
     return m_objects.back().get();
 }
 
@@ -133,8 +133,8 @@ void TestKATreeWidgetItem::sortOrder()
     QFETCH(QStringList, input);
     QFETCH(QStringList, expected);
 
-    for (const QString& spec : input)
-        new KATreeWidgetItem(m_view.get(), makeObject(spec));
+    for (const QString& entry : input)
+        new KATreeWidgetItem(m_view.get(), makeObject(entry));
     m_view->sortItems(KATreeWidgetItem::SortKeyColumn, Qt::AscendingOrder);
     QCOMPARE(visibleOrder(), expected);
 
