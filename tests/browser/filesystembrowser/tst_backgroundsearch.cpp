@@ -118,7 +118,7 @@ private slots:
     void projectThatFailsToOpenIsSkipped();
     void workerErrorCancelsAndLogs_data();
     void workerErrorCancelsAndLogs();
-    // Last: while the opening job can be freed under the pool, these crash.
+    // Last: a job freed under the pool crashes the run; the others report first.
     void supersedingSearchesNeverShowOlderResults();
     void newSearchWhileOpeningWaitsForAPoolThread();
 

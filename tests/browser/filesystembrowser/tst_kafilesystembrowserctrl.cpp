@@ -163,7 +163,7 @@ private slots:
     void createFolder_data();
     void createFolder();
     void filterOfWrongTypeShowsComputerOnly();
-    // Last: while the controller keeps a dangling view, this one crashes.
+    // Last: a dangling view crashes the run; the others report first.
     void viewDestroyedWithItsParentFirst();
 
 private:

@@ -154,13 +154,6 @@ KAFileSystemBrowserEditor* tst_KAFileSystemBrowserEditor::makeView()
 {
     m_ctrl = std::make_unique<KAFileSystemBrowserCtrl>(QStringLiteral("tst_editor"));
     m_ctrl->init(m_filter.get(), nullptr, false);
-    // The forced root is listed before the view is made: built from a fresh
-    // expand state it keeps its placeholder although it is marked expanded
-    // (see the manager's test forcedRootShowsItsContentInTheView).
-    Node* forced = m_ctrl->getTree()->firstChild();
-    if (forced && forced->childCount() == 1 && forced->firstChild()->data()
-        && forced->firstChild()->data()->type() == KAObjectTypeFake)
-        m_ctrl->fillNodeOnExpand(forced);
     m_parent = std::make_unique<QWidget>();
     m_parent->resize(400, 600);
     auto* view = static_cast<KAFileSystemBrowserEditor*>(m_ctrl->initView(m_parent.get()));
