@@ -5,6 +5,7 @@
 #include "kaobject2identificationgroup.h"
 #include "kaobject2peakdetect.h"
 #include "kaobject2project.h"
+#include "tcompoundabstract.h"
 #include "tdatabase.h"
 
 #include <QCoreApplication>
@@ -29,6 +30,7 @@ QString kindName(KAObjectType kind)
     case KAObjectTypeIdentification: return QStringLiteral("Identification");
     case KAObjectTypeGlobalIndexation: return QStringLiteral("Global indexation");
     case KAObjectTypeCompound: return QStringLiteral("Compound");
+    case KAObjectTypeCompoundList: return QStringLiteral("Compound list");
     default: return QStringLiteral("Other");
     }
 }
@@ -47,6 +49,11 @@ QString details(const KAObject2* object)
     case KAObjectTypeIdentificationGroup:
         return QStringLiteral("  [source 0x%1]")
             .arg(static_cast<const KAObject2IdentificationGroup*>(object)->getSource(), 4, 16, QLatin1Char('0'));
+    case KAObjectTypeCompound: {
+        // Entries of another project count too: they are only named here.
+        const int entries = static_cast<const TCompoundAbstract*>(object)->getPeakDetectList().size();
+        return QStringLiteral("  [%1 peak detection%2]").arg(entries).arg(entries == 1 ? "" : "s");
+    }
     default:
         return QString();
     }

@@ -231,7 +231,9 @@ void TestKATreeWidgetItem::iconName_data()
     QTest::newRow("windows folder") << 2556 << 0 << "folder";
     QTest::newRow("alias folder") << 2558 << 0 << "alias_folder";
     QTest::newRow("placeholder") << 2456 << 0 << "placeholder";
-    QTest::newRow("kind without icon") << 600 << 0 << QString();
+    QTest::newRow("compound") << 600 << 0 << "compound";
+    QTest::newRow("compound list") << 601 << 0 << "compound_list";
+    QTest::newRow("kind without icon") << 265 << 0 << QString();
 }
 
 void TestKATreeWidgetItem::iconName()

@@ -2,6 +2,7 @@
 
 #include "kaobject2.h"
 #include "kaobject2analysis.h"
+#include "kaobject2peakdetect.h"
 #include "kaobject2project.h"
 #include "kaobject2well.h"
 #include "messageloggerinterface.h"
@@ -11,7 +12,9 @@
 #include "tdatabaseconnections.h"
 #include "tdatabaseindex.h"
 #include "tdatabaseloader.h"
+#include "tdatabaseregistry.h"
 #include "tdatabaseschema.h"
+#include "tcompoundabstract.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -21,7 +24,10 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QThread>
+#include <QSet>
 #include <QVariant>
+
+#include <algorithm>
 
 namespace TechDB {
 
@@ -165,8 +171,13 @@ TDatabase* TDatabase::open(KAObject2Project* project, bool readOnly, QString* er
                              .arg(QDir::toNativeSeparators(path));
             return nullptr;
         }
-        if (!db->m_connections->connection(error).isValid())
+        QSqlDatabase connection = db->m_connections->connection(error);
+        if (!connection.isValid())
             return nullptr;
+        // A file of the first format gains the compound table now; should
+        // that fail (another program holds the lock), the project opens all
+        // the same and only a write to its compounds is refused.
+        TDatabaseSchema::upgrade(connection, nullptr);
         // A pool thread that opened the project rarely writes; its
         // connection is made again if it does.
         const QCoreApplication* app = QCoreApplication::instance();
@@ -178,6 +189,7 @@ TDatabase* TDatabase::open(KAObject2Project* project, bool readOnly, QString* er
     db->applyHeader(header);
     db->m_ready = true;
     project->dbChange(db.get());
+    TDatabaseRegistry::add(db.get());
     return db.release();
 }
 
@@ -193,6 +205,8 @@ TDatabase::TDatabase(KAObject2Project* project, const QString& folder, bool read
 
 TDatabase::~TDatabase()
 {
+    if (m_ready)
+        TDatabaseRegistry::remove(this);
     m_batch.reset();
     if (m_project && m_project->db() == this)
         m_project->dbChange(nullptr);
@@ -282,6 +296,131 @@ TProperty TDatabase::getObjectProperties(const KAObject2* object, const QString&
         return TProperty();
     }
     return m_index->property(object->id(), key, found);
+}
+
+// ---- compounds ------------------------------------------------------------
+
+QList<const TCompoundAbstract*> TDatabase::getAllCompoundinDB(const QList<const KAObject2Project*>& projects)
+{
+    QList<const TCompoundAbstract*> compounds;
+    QSet<const TDatabase*> seen;
+    for (const KAObject2Project* project : projects) {
+        const TDatabase* db = project ? project->db() : nullptr;
+        if (!db || seen.contains(db))
+            continue;
+        seen.insert(db);
+        for (const KAObject2* object : db->getObjectLst(KAObjectTypeCompound))
+            compounds.append(static_cast<const TCompoundAbstract*>(object));
+    }
+    return compounds;
+}
+
+TDatabase* TDatabase::openDatabase(const QString& projectFolder)
+{
+    return TDatabaseRegistry::find(projectFolder);
+}
+
+// The empty string stands for this project; another project is named by its
+// folder relative to ours, so that a workspace moved as a whole keeps its
+// references.
+QString TDatabase::relativeProjectPath(const QString& projectFolder) const
+{
+    if (projectFolder.isEmpty())
+        return QString();
+    const QString folder = TDatabaseRegistry::key(projectFolder);
+    if (folder == m_folder)
+        return QString();
+    return QDir(m_folder).relativeFilePath(folder);
+}
+
+QList<const KAObject2PeakDetect*> TDatabase::compoundPeakDetectList(const TCompoundAbstract* compound) const
+{
+    QList<const KAObject2PeakDetect*> list;
+    if (!m_index->contains(compound))
+        return list;
+    for (const TCompoundRef& ref : m_index->compoundRefs(compound->id())) {
+        const TDatabase* db = ref.project.isEmpty()
+            ? this
+            : TDatabaseRegistry::find(QDir(m_folder).filePath(ref.project));
+        const KAObject2* object = db ? db->objectById(ref.peakDetect) : nullptr;
+        list.append(object && object->type() == KAObjectTypePeakDetect
+                        ? static_cast<const KAObject2PeakDetect*>(object)
+                        : nullptr);
+    }
+    return list;
+}
+
+bool TDatabase::compoundAddPeakDetect(const TCompoundAbstract* compound, const KAObject2PeakDetect* peakDetect)
+{
+    if (!checkOwned(compound, "compound belongs to this database", __LINE__))
+        return false;
+    TDatabase* owner = peakDetect ? peakDetect->db() : nullptr;
+    if (!owner || !owner->m_index->contains(peakDetect)) {
+        t_assert("peakDetect belongs to an open database", SourceFile, __LINE__, false);
+        return false;
+    }
+    const QVector<TCompoundRef> known = m_index->compoundRefs(compound->id());
+    TCompoundRef ref;
+    ref.position = known.isEmpty() ? 1 : known.last().position + 1;
+    ref.project = owner == this ? QString() : relativeProjectPath(owner->location());
+    ref.peakDetect = peakDetect->id();
+    const qint64 id = compound->id();
+    const bool ok = write([&](QSqlDatabase& db, QSqlError* error) {
+        QSqlQuery query(db);
+        query.prepare(QStringLiteral(
+            "INSERT INTO compound_peaks (compound, position, project, peakdetect) VALUES (?, ?, ?, ?)"));
+        query.addBindValue(id);
+        query.addBindValue(ref.position);
+        query.addBindValue(TDatabaseSchema::text(ref.project));
+        query.addBindValue(ref.peakDetect);
+        return execOrFail(query, error);
+    });
+    if (!ok)
+        return false;
+    m_index->appendCompoundRef(id, ref);
+    emit compoundsChanged();
+    return true;
+}
+
+bool TDatabase::compoundRemovePeakDetect(const TCompoundAbstract* compound, const KAObject2PeakDetect* peakDetect)
+{
+    if (!checkOwned(compound, "compound belongs to this database", __LINE__) || !peakDetect)
+        return false;
+    const QList<const KAObject2PeakDetect*> resolved = compoundPeakDetectList(compound);
+    const QVector<TCompoundRef> refs = m_index->compoundRefs(compound->id());
+    QVector<qint64> positions;
+    for (int i = 0; i < refs.size(); ++i) {
+        if (resolved.at(i) == peakDetect)
+            positions.append(refs.at(i).position);
+    }
+    if (positions.isEmpty())
+        return false;
+    const qint64 id = compound->id();
+    const bool ok = write([&](QSqlDatabase& db, QSqlError* error) {
+        QSqlQuery query(db);
+        query.prepare(QStringLiteral("DELETE FROM compound_peaks WHERE compound = ? AND position = ?"));
+        for (qint64 position : qAsConst(positions)) {
+            query.bindValue(0, id);
+            query.bindValue(1, position);
+            if (!execOrFail(query, error))
+                return false;
+        }
+        return true;
+    });
+    if (!ok)
+        return false;
+    for (qint64 position : qAsConst(positions))
+        m_index->removeCompoundRef(id, position);
+    emit compoundsChanged();
+    return true;
+}
+
+bool TDatabase::touchesCompounds(const QList<const KAObject2*>& objects) const
+{
+    return std::any_of(objects.cbegin(), objects.cend(), [](const KAObject2* object) {
+        const KAObjectType type = object->type();
+        return type == KAObjectTypeCompound || type == KAObjectTypeCompoundList || type == KAObjectTypePeakDetect;
+    });
 }
 
 // ---- writes ---------------------------------------------------------------
@@ -416,6 +555,8 @@ bool TDatabase::objectRename(const KAObject2* object, const QString& name)
         return false;
     m_index->rename(m_index->object(id), name);
     emit objectsChanged();
+    if (touchesCompounds({object}))
+        emit compoundsChanged();
     return true;
 }
 
@@ -457,7 +598,10 @@ bool TDatabase::deleteObject(const KAObject2* object, bool flag)
             QSqlQuery objects(db);
             QSqlQuery properties(db);
             QSqlQuery links(db);
+            QSqlQuery compounds(db);
+            const bool hasCompounds = TDatabaseSchema::hasCompoundTable(db);
             objects.prepare(QStringLiteral("DELETE FROM objects WHERE id = ?"));
+            compounds.prepare(QStringLiteral("DELETE FROM compound_peaks WHERE compound = ?"));
             properties.prepare(QStringLiteral("DELETE FROM properties WHERE object = ?"));
             links.prepare(QStringLiteral("DELETE FROM links WHERE identification = ? OR peakdetect = ?"));
             for (const KAObject2* o : doomed) {
@@ -467,6 +611,11 @@ bool TDatabase::deleteObject(const KAObject2* object, bool flag)
                 links.bindValue(1, o->id());
                 if (!execOrFail(objects, error) || !execOrFail(properties, error) || !execOrFail(links, error))
                     return false;
+                if (hasCompounds && o->type() == KAObjectTypeCompound) {
+                    compounds.bindValue(0, o->id());
+                    if (!execOrFail(compounds, error))
+                        return false;
+                }
             }
             return true;
         },
@@ -479,8 +628,11 @@ bool TDatabase::deleteObject(const KAObject2* object, bool flag)
         });
     if (!ok)
         return false;
+    const bool compoundsTouched = touchesCompounds(doomed);
     m_index->remove(doomed);
     emit objectsChanged();
+    if (compoundsTouched)
+        emit compoundsChanged();
     return true;
 }
 
@@ -585,6 +737,17 @@ bool TDatabase::addProperty(qint64 objectId, const TProperty& property)
     return false;
 }
 
+bool TDatabase::addCompoundPeakDetect(qint64 compoundId, qint64 peakDetectId, const QString& projectFolder)
+{
+    if (!checkBatch(__LINE__))
+        return false;
+    QString error;
+    if (m_batch->addCompoundRef(*m_index, compoundId, relativeProjectPath(projectFolder), peakDetectId, &error))
+        return true;
+    fail(error);
+    return false;
+}
+
 bool TDatabase::commitBatch()
 {
     if (!checkBatch(__LINE__))
@@ -600,6 +763,8 @@ bool TDatabase::commitBatch()
     }
     batch->fileInto(m_index.get());
     emit objectsChanged();
+    if (batch->touchesCompounds())
+        emit compoundsChanged();
     return true;
 }
 

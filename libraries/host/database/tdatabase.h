@@ -18,6 +18,7 @@ class KAObject2IdentificationGroup;
 class KAObject2PeakDetect;
 class KAObject2Project;
 class KAObject2Well;
+class TCompoundAbstract;
 class QSqlDatabase;
 class QSqlError;
 
@@ -39,7 +40,7 @@ class KAHOST_EXPORT TDatabase : public QObject
 {
     Q_OBJECT
 public:
-    static const int SchemaVersion = 1;
+    static const int SchemaVersion = 2;
     static QString databaseFileName();            // "project.kadb"
     static QString databasePath(const QString& projectFolder);
     static QString settingsPath(const QString& projectFolder);
@@ -99,6 +100,21 @@ public:
     // kept for the host's signature and changes nothing.
     bool deleteObject(const KAObject2* object, bool flag);
 
+    // Compounds (kind 600, children of compound lists, kind 601). Every
+    // compound of the open databases of the projects, project after project
+    // in the order given (a project listed twice counts once), each
+    // database's compounds in database order. Closed projects give none.
+    static QList<const TCompoundAbstract*> getAllCompoundinDB(const QList<const KAObject2Project*>& projects);
+    // The database open on a project folder, or null.
+    static TDatabase* openDatabase(const QString& projectFolder);
+    // A compound's detections in order; null where the detection is gone or
+    // its project is not open.
+    QList<const KAObject2PeakDetect*> compoundPeakDetectList(const TCompoundAbstract* compound) const;
+    // Appends a detection of this project or of another open one.
+    bool compoundAddPeakDetect(const TCompoundAbstract* compound, const KAObject2PeakDetect* peakDetect);
+    // Takes the detection out of the compound's list; the detection stays.
+    bool compoundRemovePeakDetect(const TCompoundAbstract* compound, const KAObject2PeakDetect* peakDetect);
+
     // Project header, written through to the file.
     bool setProjectProperties(const QString& name, const QString& description, int state);
 
@@ -113,6 +129,9 @@ public:
                      int source = 0, bool multichannel = false);
     bool addLink(qint64 identificationId, qint64 peakDetectId);
     bool addProperty(qint64 objectId, const TProperty& property);
+    // A detection of this project (projectFolder empty) or of the project in
+    // projectFolder, appended to a compound's list.
+    bool addCompoundPeakDetect(qint64 compoundId, qint64 peakDetectId, const QString& projectFolder = QString());
     bool commitBatch();
     // Abandons the open batch: nothing of it is written or loaded.
     void rollbackBatch();
@@ -125,6 +144,8 @@ public:
 signals:
     void aboutToDeleteObjects(QList<const KAObject2*>* objects);
     void objectsChanged();
+    // Compounds, compound lists or their detections changed.
+    void compoundsChanged();
 
 private:
     TDatabase(KAObject2Project* project, const QString& folder, bool readOnly);
@@ -144,6 +165,8 @@ private:
     bool checkOwned(const KAObject2* object, const char* expression, int line) const;
     bool checkBatch(int line) const;
     void applyHeader(const TProjectHeader& header);
+    QString relativeProjectPath(const QString& projectFolder) const;
+    bool touchesCompounds(const QList<const KAObject2*>& objects) const;
 
     KAObject2Project* m_project = nullptr; // not owned
     QString m_folder;

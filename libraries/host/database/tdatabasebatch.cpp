@@ -8,6 +8,8 @@
 #include <QSqlError>
 #include <QVariant>
 
+#include <algorithm>
+
 namespace TechDB {
 
 TDatabaseBatch::TDatabaseBatch(const QSqlDatabase& connection, qint64 lastKnownId)
@@ -15,6 +17,7 @@ TDatabaseBatch::TDatabaseBatch(const QSqlDatabase& connection, qint64 lastKnownI
     , m_insertObject(connection)
     , m_insertLink(connection)
     , m_insertProperty(connection)
+    , m_insertCompoundRef(connection)
     , m_firstId(lastKnownId + 1)
 {
     QSqlQuery sequence(connection);
@@ -29,11 +32,14 @@ bool TDatabaseBatch::prepare(QString* error)
                         "INSERT INTO objects (id, parent, kind, name, source, multichannel) VALUES (?, ?, ?, ?, ?, ?)"))
         && m_insertLink.prepare(QStringLiteral("INSERT OR IGNORE INTO links (identification, peakdetect) VALUES (?, ?)"))
         && m_insertProperty.prepare(QStringLiteral(
-            "INSERT OR REPLACE INTO properties (object, key, value, unit, comment) VALUES (?, ?, ?, ?, ?)"));
+            "INSERT OR REPLACE INTO properties (object, key, value, unit, comment) VALUES (?, ?, ?, ?, ?)"))
+        && m_insertCompoundRef.prepare(QStringLiteral(
+            "INSERT INTO compound_peaks (compound, position, project, peakdetect) VALUES (?, ?, ?, ?)"));
     if (!ok && error)
         *error = TDatabaseSchema::queryError(m_insertObject.lastError().isValid() ? m_insertObject
                                              : m_insertLink.lastError().isValid() ? m_insertLink
-                                                                                  : m_insertProperty,
+                                             : m_insertProperty.lastError().isValid() ? m_insertProperty
+                                                                                      : m_insertCompoundRef,
                                              m_path);
     return ok;
 }
@@ -120,11 +126,53 @@ bool TDatabaseBatch::addProperty(const TDatabaseIndex& index, qint64 objectId, c
     return true;
 }
 
+bool TDatabaseBatch::addCompoundRef(const TDatabaseIndex& index, qint64 compoundId, const QString& project,
+                                    qint64 peakDetectId, QString* error)
+{
+    if (kindOf(index, compoundId) != KAObjectTypeCompound || peakDetectId <= 0
+        || (project.isEmpty() && kindOf(index, peakDetectId) != KAObjectTypePeakDetect)) {
+        if (error)
+            *error = TDatabaseSchema::tr("A compound entry must join a compound to a peak detection (%1, %2).",
+                                         "Une entrée de composé doit relier un composé à une détection de pics (%1, %2).")
+                         .arg(compoundId)
+                         .arg(peakDetectId);
+        return false;
+    }
+    auto next = m_nextPosition.find(compoundId);
+    if (next == m_nextPosition.end()) {
+        const QVector<TCompoundRef> known = index.compoundRefs(compoundId);
+        next = m_nextPosition.insert(compoundId, known.isEmpty() ? 1 : known.last().position + 1);
+    }
+    TCompoundRef ref;
+    ref.position = next.value();
+    ref.project = project;
+    ref.peakDetect = peakDetectId;
+    m_insertCompoundRef.bindValue(0, compoundId);
+    m_insertCompoundRef.bindValue(1, ref.position);
+    m_insertCompoundRef.bindValue(2, TDatabaseSchema::text(project));
+    m_insertCompoundRef.bindValue(3, peakDetectId);
+    if (!exec(m_insertCompoundRef, error))
+        return false;
+    ++next.value();
+    m_compoundRefs.append({compoundId, ref});
+    return true;
+}
+
+bool TDatabaseBatch::touchesCompounds() const
+{
+    if (!m_compoundRefs.isEmpty())
+        return true;
+    return std::any_of(m_objects.cbegin(), m_objects.cend(), [](const ObjectRow& row) {
+        return row.kind == KAObjectTypeCompound || row.kind == KAObjectTypeCompoundList;
+    });
+}
+
 void TDatabaseBatch::finish()
 {
     m_insertObject.finish();
     m_insertLink.finish();
     m_insertProperty.finish();
+    m_insertCompoundRef.finish();
 }
 
 void TDatabaseBatch::fileInto(TDatabaseIndex* index) const
@@ -137,6 +185,8 @@ void TDatabaseBatch::fileInto(TDatabaseIndex* index) const
         index->setProperty(row.object, row.property);
     for (const LinkRow& row : m_links)
         index->insertLink(row.identification, row.peakDetect);
+    for (const CompoundRow& row : m_compoundRefs)
+        index->appendCompoundRef(row.compound, row.ref);
 }
 
 } // namespace TechDB

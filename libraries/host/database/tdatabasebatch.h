@@ -1,7 +1,9 @@
 #pragma once
 
+#include "tcompoundref.h"
 #include "tproperty.h"
 
+#include <QHash>
 #include <QSqlQuery>
 #include <QString>
 #include <QVector>
@@ -29,12 +31,19 @@ public:
                      bool multichannel, QString* error);
     bool addLink(const TDatabaseIndex& index, qint64 identificationId, qint64 peakDetectId, QString* error);
     bool addProperty(const TDatabaseIndex& index, qint64 objectId, const TProperty& property, QString* error);
+    // Appends a peak detection to a compound's list; project is the
+    // detection's project folder relative to this one (empty: this project,
+    // where the detection must exist).
+    bool addCompoundRef(const TDatabaseIndex& index, qint64 compoundId, const QString& project, qint64 peakDetectId,
+                        QString* error);
 
     // Releases the statements; call before the transaction ends.
     void finish();
     // Files the kept rows into memory; call once the transaction committed.
     void fileInto(TDatabaseIndex* index) const;
     int objectCount() const { return m_objects.size(); }
+    // True when the batch adds compounds, compound lists or their entries.
+    bool touchesCompounds() const;
 
 private:
     struct ObjectRow {
@@ -49,6 +58,10 @@ private:
         qint64 identification;
         qint64 peakDetect;
     };
+    struct CompoundRow {
+        qint64 compound;
+        TCompoundRef ref;
+    };
     struct PropertyRow {
         qint64 object;
         TProperty property;
@@ -61,10 +74,13 @@ private:
     QSqlQuery m_insertObject;
     QSqlQuery m_insertLink;
     QSqlQuery m_insertProperty;
+    QSqlQuery m_insertCompoundRef;
     qint64 m_firstId = 1;
     QVector<ObjectRow> m_objects; // ids m_firstId, m_firstId + 1, ...
     QVector<LinkRow> m_links;
     QVector<PropertyRow> m_properties;
+    QVector<CompoundRow> m_compoundRefs;
+    QHash<qint64, qint64> m_nextPosition; // compound id -> next free position
 };
 
 } // namespace TechDB

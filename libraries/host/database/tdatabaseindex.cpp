@@ -2,6 +2,7 @@
 
 #include "kaobject2.h"
 #include "kaobject2analysis.h"
+#include "kaobject2compoundlist.h"
 #include "kaobject2dataset.h"
 #include "kaobject2globalindexation.h"
 #include "kaobject2identification.h"
@@ -10,6 +11,7 @@
 #include "kaobject2signal.h"
 #include "kaobject2variable.h"
 #include "kaobject2well.h"
+#include "tcompound.h"
 
 #include <algorithm>
 
@@ -57,6 +59,8 @@ KAObject2* TDatabaseIndex::makeObject(qint32 kind, const QString& name, int sour
     case KAObjectTypeIdentificationGroup: return m_arena.make<KAObject2IdentificationGroup>(name, quint16(source));
     case KAObjectTypeIdentification: return m_arena.make<KAObject2Identification>(name);
     case KAObjectTypeGlobalIndexation: return m_arena.make<KAObject2GlobalIndexation>(name);
+    case KAObjectTypeCompoundList: return m_arena.make<KAObject2CompoundList>(name);
+    case KAObjectTypeCompound: return m_arena.make<TCompound>(name);
     default: return m_arena.make<KAObject2>(KAObjectType(kind), name);
     }
 }
@@ -334,6 +338,28 @@ void TDatabaseIndex::refileAnalysisName(const QString& name)
     }
 }
 
+// Rows arrive in position order, and positions only grow.
+void TDatabaseIndex::appendCompoundRef(qint64 compoundId, const TCompoundRef& ref)
+{
+    m_compoundRefs[compoundId].append(ref);
+}
+
+void TDatabaseIndex::removeCompoundRef(qint64 compoundId, qint64 position)
+{
+    auto it = m_compoundRefs.find(compoundId);
+    if (it == m_compoundRefs.end())
+        return;
+    QVector<TCompoundRef>& refs = it.value();
+    for (int i = 0; i < refs.size(); ++i) {
+        if (refs.at(i).position == position) {
+            refs.remove(i);
+            break;
+        }
+    }
+    if (refs.isEmpty())
+        m_compoundRefs.erase(it);
+}
+
 QList<const KAObject2*> TDatabaseIndex::subtree(const KAObject2* root) const
 {
     QList<const KAObject2*> result;
@@ -357,6 +383,7 @@ void TDatabaseIndex::remove(const QList<const KAObject2*>& objects)
     for (const KAObject2* object : objects) {
         kinds.insert(object->type());
         m_properties.remove(object->id());
+        m_compoundRefs.remove(object->id());
         removeVisual(object);
         if (object->type() == KAObjectTypeAnalysis) {
             analysisNames.insert(object->name());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kaobjecttype.h"
+#include "tcompoundref.h"
 #include "tobjectarena.h"
 #include "tproperty.h"
 
@@ -60,6 +61,11 @@ public:
     TProperty property(qint64 objectId, const QString& key, bool* found) const;
     QList<const KAObject2*> visualChildren(qint32 kind, const KAObject2* parent) const;
 
+    // A compound's references to peak detections, in position order.
+    QVector<TCompoundRef> compoundRefs(qint64 compoundId) const { return m_compoundRefs.value(compoundId); }
+    void appendCompoundRef(qint64 compoundId, const TCompoundRef& ref);
+    void removeCompoundRef(qint64 compoundId, qint64 position);
+
     void rename(KAObject2* object, const QString& name);
     // The object and all its descendants, parents before children.
     QList<const KAObject2*> subtree(const KAObject2* root) const;
@@ -96,6 +102,7 @@ private:
     // object they name: filed here by that parent, in database order.
     QHash<VisualKey, QList<const KAObject2*>> m_visualByParent; // not owned
     QHash<const KAObject2*, VisualKey> m_visualKeyOf;            // not owned
+    QHash<qint64, QVector<TCompoundRef>> m_compoundRefs;         // compound id -> its detections
 };
 
 } // namespace TechDB

@@ -83,6 +83,23 @@ bool TDatabaseLoader::load(const QSqlDatabase& connection, TDatabaseIndex* index
         return false;
     while (query.next())
         index->insertLink(query.value(0).toLongLong(), query.value(1).toLongLong());
+    if (!finished(query, path, error))
+        return false;
+    query.finish();
+
+    if (!TDatabaseSchema::hasCompoundTable(connection))
+        return true;
+    if (!run(query, QStringLiteral("SELECT compound, position, project, peakdetect FROM compound_peaks "
+                                   "ORDER BY compound, position"),
+             path, error))
+        return false;
+    while (query.next()) {
+        TCompoundRef ref;
+        ref.position = query.value(1).toLongLong();
+        ref.project = query.value(2).toString();
+        ref.peakDetect = query.value(3).toLongLong();
+        index->appendCompoundRef(query.value(0).toLongLong(), ref);
+    }
     return finished(query, path, error);
 }
 

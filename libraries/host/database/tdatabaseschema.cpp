@@ -10,6 +10,7 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QStringList>
 #include <QVariant>
 
 namespace TechDB {
@@ -166,12 +167,18 @@ bool TDatabaseSchema::checkConnection(const QSqlDatabase& connection, const QStr
             *error = queryError(query, path);
         return false;
     }
-    for (const char* table : {"meta", "objects", "properties", "links"}) {
-        if (!tables.contains(QLatin1String(table))) {
+    // Files of the first format have no compounds; they gain the table the
+    // first time they are opened for writing (upgrade()).
+    QStringList required = {QStringLiteral("meta"), QStringLiteral("objects"), QStringLiteral("properties"),
+                            QStringLiteral("links")};
+    if (version >= 2)
+        required.append(QStringLiteral("compound_peaks"));
+    for (const QString& table : qAsConst(required)) {
+        if (!tables.contains(table)) {
             if (error)
                 *error = tr("The project database %1 is damaged (table %2 missing).",
                             "La base de données du projet %1 est endommagée (table %2 manquante).")
-                             .arg(native(path), QLatin1String(table));
+                             .arg(native(path), table);
             return false;
         }
     }
@@ -195,6 +202,7 @@ bool TDatabaseSchema::create(QSqlDatabase& connection, const TProjectHeader& hea
         QStringLiteral("CREATE TABLE links (identification INTEGER NOT NULL, peakdetect INTEGER NOT NULL, "
                        "UNIQUE (identification, peakdetect))"),
         QStringLiteral("CREATE INDEX links_peakdetect ON links (peakdetect)"),
+        compoundTable(),
     };
     for (const QString& sql : statements) {
         if (!exec(query, sql, path, error)) {
@@ -213,6 +221,40 @@ bool TDatabaseSchema::create(QSqlDatabase& connection, const TProjectHeader& hea
     if (!ok)
         query.exec(QStringLiteral("ROLLBACK"));
     return ok;
+}
+
+QString TDatabaseSchema::compoundTable()
+{
+    // project: the folder of the detection's project relative to this
+    // project's folder; empty for a detection of this project.
+    return QStringLiteral("CREATE TABLE compound_peaks (compound INTEGER NOT NULL, position INTEGER NOT NULL, "
+                          "project TEXT NOT NULL DEFAULT '', peakdetect INTEGER NOT NULL, "
+                          "PRIMARY KEY (compound, position))");
+}
+
+bool TDatabaseSchema::hasCompoundTable(const QSqlDatabase& connection)
+{
+    QSqlQuery query(connection);
+    query.setForwardOnly(true);
+    return query.exec(QStringLiteral("SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = 'compound_peaks'"))
+        && query.next();
+}
+
+bool TDatabaseSchema::upgrade(QSqlDatabase& connection, QString* error)
+{
+    if (hasCompoundTable(connection))
+        return true;
+    const QString path = connection.databaseName();
+    QSqlQuery query(connection);
+    for (const QString& sql : {QStringLiteral("BEGIN IMMEDIATE"), compoundTable(),
+                               QStringLiteral("PRAGMA user_version = %1").arg(TDatabase::SchemaVersion),
+                               QStringLiteral("COMMIT")}) {
+        if (!exec(query, sql, path, error)) {
+            query.exec(QStringLiteral("ROLLBACK"));
+            return false;
+        }
+    }
+    return true;
 }
 
 bool TDatabaseSchema::readHeader(const QSqlDatabase& connection, TProjectHeader* header, QString* error)

@@ -37,10 +37,17 @@ public:
     // Creates the tables and the header in an empty database, in one transaction.
     static bool create(QSqlDatabase& connection, const TProjectHeader& header, QString* error);
 
+    // Brings a file of an older format up to the current one (the compound
+    // table), in one transaction; nothing is changed when it fails.
+    static bool upgrade(QSqlDatabase& connection, QString* error);
+    static bool hasCompoundTable(const QSqlDatabase& connection);
+
     static bool readHeader(const QSqlDatabase& connection, TProjectHeader* header, QString* error);
     // Writes one meta field (inside the caller's transaction).
     static bool writeMeta(const QSqlDatabase& connection, const QString& key, const QString& value,
                           QSqlError* error);
+
+    static QString compoundTable();
 
     // A readable text for a failed query, naming the file.
     static QString queryError(const QSqlQuery& query, const QString& path);

@@ -97,6 +97,59 @@ const int ThemeCount = int(sizeof(Themes) / sizeof(Themes[0]));
 // A terminated project (4, 7) among the first three of every run.
 const int States[] = {0, 1, 4, 0, 7, 2};
 
+// Compound lists. In the first list the first two compounds share a
+// detection and the last one holds only work detections ("tempPD_"); in the
+// second the first compound has no detection and the second also names
+// detections of the previous project of the run.
+bool writeCompounds(TechDB::TDatabase* db, const TSampleGenerator::Options& options, SampleRandom& rng,
+                    const QVector<qint64>& peakDetects, const QVector<qint64>& work, const QString& previousFolder,
+                    const QVector<qint64>& previousPeaks)
+{
+    int named = 0;
+    for (int l = 0; l < options.compoundLists; ++l) {
+        const QString listName = l == 0 ? QStringLiteral("Target compounds")
+            : l == 1                    ? QStringLiteral("Composés étalons")
+                                        : QStringLiteral("Compound list %1").arg(l + 1);
+        const qint64 list = db->addObject(KAObjectTypeCompoundList, 0, listName);
+        if (!list)
+            return false;
+        for (int c = 0; c < options.compoundsPerList; ++c, ++named) {
+            const qint64 compound = db->addObject(KAObjectTypeCompound, list, compounds().at(named % compounds().size()));
+            if (!compound)
+                return false;
+            QVector<qint64> own;
+            QVector<qint64> foreign;
+            const bool last = c == options.compoundsPerList - 1 && c >= 2;
+            if (peakDetects.size() >= 3 && l == 0 && c < 2) {
+                own = c == 0 ? QVector<qint64>{peakDetects.at(0), peakDetects.at(1)}
+                             : QVector<qint64>{peakDetects.at(1), peakDetects.at(2)};
+            } else if (l == 0 && last) {
+                own = work.mid(0, 2);
+            } else if (l == 1 && c == 0) {
+                // no detection
+            } else if (!peakDetects.isEmpty()) {
+                const int count = 1 + rng.below(3);
+                for (int i = 0; i < count; ++i) {
+                    const qint64 pd = peakDetects.at(rng.below(peakDetects.size()));
+                    if (!own.contains(pd))
+                        own.append(pd);
+                }
+                if (l == 1 && c == 1 && !previousPeaks.isEmpty())
+                    foreign = previousPeaks.mid(previousPeaks.size() / 2, 2);
+            }
+            for (qint64 pd : qAsConst(own)) {
+                if (!db->addCompoundPeakDetect(compound, pd))
+                    return false;
+            }
+            for (qint64 pd : qAsConst(foreign)) {
+                if (!db->addCompoundPeakDetect(compound, pd, previousFolder))
+                    return false;
+            }
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 QStringList TSampleGenerator::generate(const QString& dir, const Options& options, QString* error)
@@ -107,6 +160,7 @@ QStringList TSampleGenerator::generate(const QString& dir, const Options& option
         return {};
     }
     QStringList folders;
+    Neighbour previous;
     SampleRandom seeds(options.seed);
     for (int p = 0; p < options.projects; ++p) {
         const ProjectTheme& theme = Themes[p % ThemeCount];
@@ -117,8 +171,11 @@ QStringList TSampleGenerator::generate(const QString& dir, const Options& option
         const QString description = QStringLiteral("Sample project %1, generated with seed %2.")
                                         .arg(p + 1)
                                         .arg(options.seed);
-        if (!writeProject(folder, name, description, States[p % 6], options, quint32(seeds.next()), error))
+        Neighbour written;
+        if (!writeProject(folder, name, description, States[p % 6], options, quint32(seeds.next()),
+                          p > 0 ? &previous : nullptr, &written, error))
             return {};
+        previous = written;
         folders.append(folder);
     }
     return folders;
@@ -128,11 +185,12 @@ bool TSampleGenerator::generateProject(const QString& folder, const QString& nam
                                        quint32 seed, QString* error)
 {
     return writeProject(folder, name, QStringLiteral("Sample project generated with seed %1.").arg(seed), 0,
-                        options, seed, error);
+                        options, seed, nullptr, nullptr, error);
 }
 
 bool TSampleGenerator::writeProject(const QString& folder, const QString& name, const QString& description,
-                                    int state, const Options& options, quint32 seed, QString* error)
+                                    int state, const Options& options, quint32 seed, const Neighbour* previous,
+                                    Neighbour* written, QString* error)
 {
     using TechDB::TDatabase;
     if (!TDatabase::createProject(folder, name, error))
@@ -154,6 +212,7 @@ bool TSampleGenerator::writeProject(const QString& folder, const QString& name, 
                                         QStringLiteral("C. Müller"), QStringLiteral("D. Nakamura")};
     const QVector<int> plainSources = {0x1, 0x2, 0x4, 0x100};
     QVector<qint64> peakDetects;     // candidates for identifications
+    QVector<qint64> workPeakDetects; // "tempPD_" ones
     QVector<qint64> withMsFile;
     int peakCount = 0;
     for (int a = 0; a < options.analyses; ++a) {
@@ -184,11 +243,13 @@ bool TSampleGenerator::writeProject(const QString& folder, const QString& name, 
             for (int p = 0; p < options.peaksPerSignal; ++p, ++peakCount) {
                 QString pdName;
                 int source;
+                bool isWork = false;
                 if (peakCount % 9 == 1) {
                     // Work files of the peak integration: marked manual but
                     // never shown as identifications.
                     pdName = QStringLiteral("tempPD_%1").arg(peakCount + 1);
                     source = 0x200 | 0x1;
+                    isWork = true;
                 } else if (peakCount == 0 || rng.percent(25)) {
                     pdName = QStringLiteral("Manual ID %1 - %2").arg(peakCount + 1).arg(rng.pick(compounds()));
                     source = 0x200 | (rng.percent(50) ? 0x4 : 0);
@@ -199,6 +260,8 @@ bool TSampleGenerator::writeProject(const QString& folder, const QString& name, 
                 const qint64 pd = db->addObject(KAObjectTypePeakDetect, signal, pdName, source);
                 if (!pd)
                     return failed();
+                if (isWork)
+                    workPeakDetects.append(pd);
                 // The very first manual identification stays free of groups.
                 if (peakCount != 0 && peakCount % 9 != 1)
                     peakDetects.append(pd);
@@ -232,6 +295,14 @@ bool TSampleGenerator::writeProject(const QString& folder, const QString& name, 
     for (int i = 0; i < (options.groups + 1) / 2; ++i) {
         if (!db->addObject(KAObjectTypeGlobalIndexation, 0, QStringLiteral("Retention index C8-C20 %1").arg(i + 1)))
             return failed();
+    }
+
+    if (!writeCompounds(db.get(), options, rng, peakDetects, workPeakDetects, previous ? previous->folder : QString(),
+                        previous ? previous->peakDetects : QVector<qint64>()))
+        return failed();
+    if (written) {
+        written->folder = db->location();
+        written->peakDetects = peakDetects;
     }
 
     const QVector<QString> wellFamilies = {QStringLiteral("Plate A%1"), QStringLiteral("Puits B%1"),

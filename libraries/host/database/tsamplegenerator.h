@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 // Writes realistic sample projects through the database code,
 // deterministically for a seed.
@@ -19,6 +20,8 @@ public:
         int datasetsPerWell = 3;
         int variablesPerDataset = 4;
         int groups = 4;               // automatic identification groups
+        int compoundLists = 2;
+        int compoundsPerList = 4;
         quint32 seed = 1;
     };
 
@@ -30,6 +33,13 @@ public:
                                 quint32 seed, QString* error = nullptr);
 
 private:
+    // Detections of a project written earlier in the run, that compounds of
+    // the next project point to.
+    struct Neighbour {
+        QString folder;
+        QVector<qint64> peakDetects;
+    };
     static bool writeProject(const QString& folder, const QString& name, const QString& description, int state,
-                             const Options& options, quint32 seed, QString* error);
+                             const Options& options, quint32 seed, const Neighbour* previous, Neighbour* written,
+                             QString* error);
 };

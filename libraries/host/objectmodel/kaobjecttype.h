@@ -26,6 +26,8 @@ enum KAObjectType : qint32 {
     KAObjectTypeGlobalIndexation = 528,
     KAObjectTypeIdentificationsFolder = 530,
     KAObjectTypeCompound = 600,
+    KAObjectTypeCompoundList = 601,
+    KAObjectTypeCompoundBranch = 602,     // browser-made root of the compound lists
     KAObjectTypeProject = 768,
     KAObjectTypeRefreshAllAnalyses = 769,
     KAObjectTypeFake = 2456,

@@ -181,6 +181,9 @@ const char* KATreeWidgetItem::iconName(const KAObject2* object)
     case 282: return "identification";
     case 293: return "deconvms";
     case 528: return "indexation";
+    case 600: return "compound";
+    case 601:
+    case 602: return "compound_list";
     case 768: return "project";
     case 2554:
     case 2555: return "file";

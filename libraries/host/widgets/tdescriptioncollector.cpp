@@ -81,6 +81,8 @@ QString TDescriptionCollector::kindName(const KAObject2* object)
     case 293: return tr("MS deconvolution", "Déconvolution MS");
     case 528: return tr("Indexation", "Indexation");
     case 600: return tr("Compound", "Composé");
+    case 601: return tr("Compound list", "Liste de composés");
+    case 602: return tr("Compound lists", "Listes de composés");
     case 768: return tr("Project", "Projet");
     case 2554:
     case 2555: return tr("File", "Fichier");
