@@ -12,6 +12,7 @@ int commandMove(const QStringList& args);
 int commandSearch(const QStringList& args);
 int commandLs(const QStringList& args);
 int commandFind(const QStringList& args);
+int commandContent(const QStringList& args);
 
 // Prints the usage text on standard error; returns 2.
 int printUsage();

@@ -30,7 +30,9 @@ int printUsage()
                "  kabrowse ls ROOT [--depth N] [--files] [--ext .a,.b]\n"
                "      Prints the file-system tree below ROOT, project folders unfolded.\n"
                "  kabrowse find ROOT TEXT [--kind K] [--then TEXT]\n"
-               "      Searches every project below ROOT in the background, printing results as they come.\n",
+               "      Searches every project below ROOT in the background, printing results as they come.\n"
+               "  kabrowse content ROOT\n"
+               "      Prints, for every project below ROOT, the analyses and peak detections of its compounds.\n",
                "Utilisation :\n"
                "  kabrowse sample DOSSIER [--projects N] [--analyses N] [--signals N] [--peaks N]\n"
                "                          [--wells N] [--datasets N] [--variables N] [--groups N] [--seed S]\n"
@@ -48,7 +50,9 @@ int printUsage()
                "  kabrowse ls RACINE [--depth N] [--files] [--ext .a,.b]\n"
                "      Affiche l'arbre des fichiers sous RACINE, dossiers de projet dépliés.\n"
                "  kabrowse find RACINE TEXTE [--kind K] [--then TEXTE]\n"
-               "      Cherche dans tous les projets sous RACINE en arrière-plan et affiche les résultats au fil de l'eau.\n");
+               "      Cherche dans tous les projets sous RACINE en arrière-plan et affiche les résultats au fil de l'eau.\n"
+               "  kabrowse content RACINE\n"
+               "      Affiche, pour chaque projet sous RACINE, les analyses et détections de pics de ses composés.\n");
     err.flush();
     return 2;
 }
@@ -68,6 +72,7 @@ int main(int argc, char** argv)
         {QStringLiteral("search"), &commandSearch},
         {QStringLiteral("ls"), &commandLs},
         {QStringLiteral("find"), &commandFind},
+        {QStringLiteral("content"), &commandContent},
     };
     const QStringList args = app.arguments().mid(1);
     if (args.isEmpty())

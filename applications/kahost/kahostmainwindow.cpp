@@ -9,6 +9,7 @@
 #include "kaprojectselectctrl.h"
 #include "kapropertyeditorhtml.h"
 #include "kaprojectbrowserctrl.h"
+#include "kaprojectbrowserplugincompound.h"
 #include "kastackedbrowserctrl.h"
 #include "kastackedbrowserctrlstate.h"
 #include "kastackedbrowserctrlstateproject.h"
@@ -95,6 +96,14 @@ void KAHostMainWindow::buildUi()
     m_filter = new KAFileSystemBrowserFilterPackage;
     m_explorer = new KAStackedBrowserCtrl(KAStackedBrowserDockFactory());
     m_explorer->init(m_filter, false, KAStackedBrowserCtrl::stateProject);
+    // The compound lists are this application's own branch of the project
+    // tree: the explorer shows it once registered.
+    if (auto* state = dynamic_cast<KAStackedBrowserCtrlStateProject*>(m_explorer->state(KAStackedBrowserCtrl::stateProject))) {
+        if (KAProjectBrowserCtrl* projectCtrl = state->projectCtrl()) {
+            auto* compounds = new KAProjectBrowserPluginCompound(projectCtrl);
+            projectCtrl->addPlugin(compounds, compounds->itemCreator());
+        }
+    }
     if (auto* dock = qobject_cast<QDockWidget*>(m_explorer->getEditor())) {
         addDockWidget(Qt::LeftDockWidgetArea, dock);
         dock->show();

@@ -742,7 +742,7 @@ bool KAProjectBrowserMgr::renameObject(Node* node, QString& name)
         return true;
     }
     // Objects of the plug-ins (saved searches, ...) are theirs to rename.
-    if (node->data()->db() != m_db)
+    if (node->data()->db() != m_db || inCompoundBranch(node))
         return false;
     if (!m_db->objectRename(node->data(), name))
         return false;
@@ -808,9 +808,21 @@ bool KAProjectBrowserMgr::deleteObject(Node* node, bool flag)
     const KAObjectType type = node->data()->type();
     if (type == KAObjectTypeFolder || type == KAObjectTypeExternalFolders || type == KAObjectTypeExternalFile)
         return false;
-    if (node->data()->db() != m_db)
+    // Under a compound, a detection is an entry of the compound's list: the
+    // compound lists' plug-in takes it out of the list, never out of the
+    // project.
+    if (node->data()->db() != m_db || inCompoundBranch(node))
         return false;
     return m_db->deleteObject(node->data(), flag);
+}
+
+bool KAProjectBrowserMgr::inCompoundBranch(const Node* node)
+{
+    for (const Node* n = node; n; n = n->parent()) {
+        if (n->data() && n->data()->type() == KAObjectTypeCompoundBranch)
+            return true;
+    }
+    return false;
 }
 
 namespace {

@@ -84,6 +84,7 @@ private:
     bool expandProject(Node* node);
     bool expandIdentification(Node* node);
     void clearNodeWithType(Node* root, KAObjectType type);
+    static bool inCompoundBranch(const Node* node);
     void removeBranches();
     void forgetPlacementsUnder(Node* node);
 

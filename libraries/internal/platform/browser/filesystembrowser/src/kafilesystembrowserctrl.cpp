@@ -195,6 +195,15 @@ KAFileSystemBrowserCtrl::Node* KAFileSystemBrowserCtrl::createProjectNode(const 
     return node;
 }
 
+QList<KAFileSystemBrowserCtrl::Node*> KAFileSystemBrowserCtrl::createProjectNodes(const QList<QFileInfo>& folders)
+{
+    QList<Node*> nodes;
+    nodes.reserve(folders.size());
+    for (const QFileInfo& folder : folders)
+        nodes.append(createProjectNode(folder));
+    return nodes;
+}
+
 void KAFileSystemBrowserCtrl::forgetProjectNode(Node* node)
 {
     if (!node)

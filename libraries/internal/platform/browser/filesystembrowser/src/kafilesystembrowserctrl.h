@@ -58,6 +58,9 @@ public:
     Node* search(const QString& text) override;
 
     Node* createProjectNode(const QFileInfo& info);
+    // One node per folder, in order: the project node of a project folder,
+    // null for any other folder.
+    virtual QList<Node*> createProjectNodes(const QList<QFileInfo>& folders);
     // Drops a node createProjectNode made and the caller does not show.
     void forgetProjectNode(Node* node);
     void addCtrl(const KAObject2* object, KAAbstractBrowserCtrl* ctrl);

@@ -158,8 +158,18 @@ bool KAFileSystemBrowserMgr::fillNodeOnExpand(Node* node)
     const QStringList patterns = m_filter ? m_filter->extensionFilters() : QStringList();
     const QFileInfoList entries = folder->getDir().entryInfoList(patterns, filters, QDir::NoSort);
     const bool showProjects = m_filter && m_filter->contains(KAObjectTypeProject);
+    // The project folders among the entries are made into project nodes in
+    // one call, so that a controller may gather their content at once.
+    QFileInfoList folders;
     for (const QFileInfo& entry : entries) {
-        if (Node* project = entry.isDir() && m_fsCtrl ? m_fsCtrl->createProjectNode(entry) : nullptr) {
+        if (entry.isDir())
+            folders.append(entry);
+    }
+    const QList<Node*> projects = m_fsCtrl ? m_fsCtrl->createProjectNodes(folders) : QList<Node*>();
+    int folderIndex = 0;
+    for (const QFileInfo& entry : entries) {
+        Node* project = entry.isDir() ? projects.value(folderIndex++) : nullptr;
+        if (project) {
             if (!showProjects) {
                 m_fsCtrl->forgetProjectNode(project);
                 continue;
