@@ -3,6 +3,7 @@
 #include "kaobject2compoundlist.h"
 #include "kaobject2fake.h"
 #include "kaobject2peakdetect.h"
+#include "kaobject2project.h"
 #include "kaprojectbrowserctrl.h"
 #include "kaprojectbrowsermgr.h"
 #include "katreewidgetitem.h"
@@ -82,7 +83,10 @@ TechDB::TDatabase* KAProjectBrowserPluginCompound::database() const
 void KAProjectBrowserPluginCompound::bindDatabase()
 {
     const QList<KAProjectBrowserMgr*>& managers = m_ctrl ? m_ctrl->mgrList() : QList<KAProjectBrowserMgr*>();
-    TechDB::TDatabase* db = managers.isEmpty() ? nullptr : managers.first()->database();
+    // The project, not the manager: plug-ins are set up before the manager
+    // reads its project.
+    const KAObject2Project* project = managers.isEmpty() ? nullptr : managers.first()->project();
+    TechDB::TDatabase* db = project ? project->db() : nullptr;
     if (db == m_db)
         return;
     if (m_db)
