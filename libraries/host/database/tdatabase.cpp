@@ -367,8 +367,13 @@ bool TDatabase::compoundAddPeakDetect(const TCompoundAbstract* compound, const K
     const qint64 id = compound->id();
     const bool ok = write([&](QSqlDatabase& db, QSqlError* error) {
         QSqlQuery query(db);
-        query.prepare(QStringLiteral(
-            "INSERT INTO compound_peaks (compound, position, project, peakdetect) VALUES (?, ?, ?, ?)"));
+        // Fails on a file of the first format that could not be upgraded
+        // at open: its own error names the missing table.
+        if (!query.prepare(QStringLiteral(
+                "INSERT INTO compound_peaks (compound, position, project, peakdetect) VALUES (?, ?, ?, ?)"))) {
+            *error = query.lastError();
+            return false;
+        }
         query.addBindValue(id);
         query.addBindValue(ref.position);
         query.addBindValue(TDatabaseSchema::text(ref.project));

@@ -4,6 +4,7 @@
 #include "tdatabaseindex.h"
 #include "tdatabaseschema.h"
 
+#include <QDir>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QVariant>
@@ -18,6 +19,7 @@ TDatabaseBatch::TDatabaseBatch(const QSqlDatabase& connection, qint64 lastKnownI
     , m_insertLink(connection)
     , m_insertProperty(connection)
     , m_insertCompoundRef(connection)
+    , m_hasCompoundTable(TDatabaseSchema::hasCompoundTable(connection))
     , m_firstId(lastKnownId + 1)
 {
     QSqlQuery sequence(connection);
@@ -33,8 +35,9 @@ bool TDatabaseBatch::prepare(QString* error)
         && m_insertLink.prepare(QStringLiteral("INSERT OR IGNORE INTO links (identification, peakdetect) VALUES (?, ?)"))
         && m_insertProperty.prepare(QStringLiteral(
             "INSERT OR REPLACE INTO properties (object, key, value, unit, comment) VALUES (?, ?, ?, ?, ?)"))
-        && m_insertCompoundRef.prepare(QStringLiteral(
-            "INSERT INTO compound_peaks (compound, position, project, peakdetect) VALUES (?, ?, ?, ?)"));
+        && (!m_hasCompoundTable
+            || m_insertCompoundRef.prepare(QStringLiteral(
+                "INSERT INTO compound_peaks (compound, position, project, peakdetect) VALUES (?, ?, ?, ?)")));
     if (!ok && error)
         *error = TDatabaseSchema::queryError(m_insertObject.lastError().isValid() ? m_insertObject
                                              : m_insertLink.lastError().isValid() ? m_insertLink
@@ -129,6 +132,15 @@ bool TDatabaseBatch::addProperty(const TDatabaseIndex& index, qint64 objectId, c
 bool TDatabaseBatch::addCompoundRef(const TDatabaseIndex& index, qint64 compoundId, const QString& project,
                                     qint64 peakDetectId, QString* error)
 {
+    if (!m_hasCompoundTable) {
+        if (error)
+            *error = TDatabaseSchema::tr("The project database %1 is of an older format that has no compound entries; "
+                                         "open the project again to bring it up to date.",
+                                         "La base de données du projet %1 est d'un ancien format sans entrées de "
+                                         "composés ; rouvrez le projet pour la mettre à jour.")
+                         .arg(QDir::toNativeSeparators(m_path));
+        return false;
+    }
     if (kindOf(index, compoundId) != KAObjectTypeCompound || peakDetectId <= 0
         || (project.isEmpty() && kindOf(index, peakDetectId) != KAObjectTypePeakDetect)) {
         if (error)

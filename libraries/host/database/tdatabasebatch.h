@@ -74,7 +74,10 @@ private:
     QSqlQuery m_insertObject;
     QSqlQuery m_insertLink;
     QSqlQuery m_insertProperty;
-    QSqlQuery m_insertCompoundRef;
+    QSqlQuery m_insertCompoundRef; // prepared only when the file has the compound table
+    // False for a file of the first format whose upgrade failed at open:
+    // every other row can still be written.
+    bool m_hasCompoundTable = false;
     qint64 m_firstId = 1;
     QVector<ObjectRow> m_objects; // ids m_firstId, m_firstId + 1, ...
     QVector<LinkRow> m_links;
