@@ -32,6 +32,7 @@ void plainScan(const QString& path)
             {"SELECT id, parent, kind, name, source, multichannel FROM objects ORDER BY id", "6"},
             {"SELECT object, key, value, unit, comment FROM properties", "5"},
             {"SELECT identification, peakdetect FROM links", "2"},
+            {"SELECT compound, position, project, peakdetect FROM compound_peaks ORDER BY compound, position", "4"},
         };
         for (const auto& scan : scans) {
             query.setForwardOnly(true);
