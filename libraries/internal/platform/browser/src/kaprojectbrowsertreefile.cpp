@@ -1,6 +1,7 @@
 #include "kaprojectbrowsertreefile.h"
 
 #include "kaobject2.h"
+#include "kaprojectbrowsertreefilereader.h"
 #include "kasessionfile.h"
 #include "ttree.h"
 #include "txmlmethod.h"
@@ -85,7 +86,16 @@ bool KAProjectBrowserTreeFile::read(const QString& path, QMap<QString, FolderMap
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly) || file.size() > TXMLMethod::MaxFileSize)
         return false;
-    QXmlStreamReader xml(&file);
+    const QByteArray bytes = file.readAll();
+    if (KAProjectBrowserTreeFileReader::isValidUtf8(bytes)
+        && KAProjectBrowserTreeFileReader(bytes).read(BranchTags, branches))
+        return true;
+    return readXml(bytes, branches);
+}
+
+bool KAProjectBrowserTreeFile::readXml(const QByteArray& bytes, QMap<QString, FolderMap>* branches)
+{
+    QXmlStreamReader xml(bytes);
     bool sawDocType = false;
     while (!xml.atEnd() && !xml.isStartElement()) {
         xml.readNext();

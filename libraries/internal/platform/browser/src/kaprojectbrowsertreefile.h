@@ -2,6 +2,7 @@
 
 #include "kabrowser_export.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QMap>
 #include <QPair>
@@ -33,6 +34,9 @@ public:
     // Reads the branch elements present, by tag; false when the file is
     // missing, malformed or not a saved project tree.
     static bool read(const QString& path, QMap<QString, FolderMap>* branches);
+    // The same from bytes, through a general XML reader (the files this
+    // class writes are read by a faster reader first).
+    static bool readXml(const QByteArray& bytes, QMap<QString, FolderMap>* branches);
 
     // The folder path of a node: its own name when it is a folder, then the
     // names of its folder ancestors, outermost first, each after "/".
