@@ -2,7 +2,7 @@
 # Installs the Debian 12 packages the build, the tests and the demo need,
 # only those that are missing; uses sudo when not root.
 set -euo pipefail
-packages=(cmake make g++ qtbase5-dev qtbase5-dev-tools libqt5sql5-sqlite libqt5svg5
+packages=(cmake make g++ qtbase5-dev qtbase5-dev-tools libqt5sql5-sqlite libsqlite3-dev libqt5svg5
           qttranslations5-l10n xvfb xauth)
 missing=()
 for p in "${packages[@]}"; do

@@ -15,6 +15,9 @@ public:
     // False with *error (naming the file) when a query fails: a damaged file
     // shows itself here, since the whole file is read.
     static bool load(const QSqlDatabase& connection, TDatabaseIndex* index, QString* error);
+
+private:
+    static bool loadObjects(const QSqlDatabase& connection, TDatabaseIndex* index, QString* error);
 };
 
 } // namespace TechDB
