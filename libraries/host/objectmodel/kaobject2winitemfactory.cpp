@@ -4,7 +4,12 @@
 
 KAObject2WinFile* KAObject2WinItemFactory::createItem(const QFileInfo& info)
 {
-    if (info.isDir())
+    return createItem(info, info.isDir());
+}
+
+KAObject2WinFile* KAObject2WinItemFactory::createItem(const QFileInfo& info, bool isDir)
+{
+    if (isDir)
         return new KAObject2WinFolder(info);
     return new KAObject2WinFile(info);
 }

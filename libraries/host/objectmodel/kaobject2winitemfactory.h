@@ -11,4 +11,6 @@ class KAHOST_EXPORT KAObject2WinItemFactory
 {
 public:
     static KAObject2WinFile* createItem(const QFileInfo& info);
+    // The same when the caller already knows the kind: the disk is not asked.
+    static KAObject2WinFile* createItem(const QFileInfo& info, bool isDir);
 };

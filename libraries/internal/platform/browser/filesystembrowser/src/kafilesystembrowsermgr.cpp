@@ -10,6 +10,8 @@
 #include "kaobject2wincomputer.h"
 #include "kaobject2winfolder.h"
 #include "kaobject2winitemfactory.h"
+#include "tdatabase.h"
+#include "tdirectorylisting.h"
 #include "tassert.h"
 #include "ttree.h"
 
@@ -96,10 +98,10 @@ void KAFileSystemBrowserMgr::createTree()
 
 // A folder not listed yet carries a placeholder of its own kind; one saved
 // as expanded is listed at once.
-void KAFileSystemBrowserMgr::attach(Node* node)
+void KAFileSystemBrowserMgr::attach(Node* node, bool mayLoop)
 {
     // A forced root comes expanded: it is listed at once too.
-    if ((node->isExpanded() || getNodeExpandState(node)) && !leadsIntoItself(node)) {
+    if ((node->isExpanded() || getNodeExpandState(node)) && !(mayLoop && leadsIntoItself(node))) {
         node->setExpanded(true);
         fillAtOnce(node);
     } else {
@@ -152,23 +154,23 @@ bool KAFileSystemBrowserMgr::fillNodeOnExpand(Node* node)
         return false;
     if (node->firstChild())
         delete node->firstChild();
-    QDir::Filters filters = QDir::AllDirs | QDir::NoDotAndDotDot;
-    if (m_filter && m_filter->contains(FsFiles))
-        filters |= QDir::Files;
     const QStringList patterns = m_filter ? m_filter->extensionFilters() : QStringList();
-    const QFileInfoList entries = folder->getDir().entryInfoList(patterns, filters, QDir::NoSort);
+    const bool files = m_filter && m_filter->contains(FsFiles);
+    const QVector<TDirectoryListing::Entry> entries =
+        TDirectoryListing::list(folder->getDir().absolutePath(), patterns, files, TechDB::TDatabase::databaseFileName());
     const bool showProjects = m_filter && m_filter->contains(KAObjectTypeProject);
     // The project folders among the entries are made into project nodes in
     // one call, so that a controller may gather their content at once.
-    QFileInfoList folders;
-    for (const QFileInfo& entry : entries) {
-        if (entry.isDir())
-            folders.append(entry);
+    QList<QFileInfo> candidates;
+    for (const TDirectoryListing::Entry& entry : entries) {
+        if (entry.holdsMarker)
+            candidates.append(entry.info);
     }
-    const QList<Node*> projects = m_fsCtrl ? m_fsCtrl->createProjectNodes(folders) : QList<Node*>();
-    int folderIndex = 0;
-    for (const QFileInfo& entry : entries) {
-        Node* project = entry.isDir() ? projects.value(folderIndex++) : nullptr;
+    const QList<Node*> projects = m_fsCtrl && !candidates.isEmpty() ? m_fsCtrl->createProjectNodes(candidates)
+                                                                     : QList<Node*>();
+    int candidateIndex = 0;
+    for (const TDirectoryListing::Entry& entry : entries) {
+        Node* project = entry.holdsMarker ? projects.value(candidateIndex++) : nullptr;
         if (project) {
             if (!showProjects) {
                 m_fsCtrl->forgetProjectNode(project);
@@ -184,9 +186,9 @@ bool KAFileSystemBrowserMgr::fillNodeOnExpand(Node* node)
             }
             continue;
         }
-        Node* child = newChild(node, KAObject2WinItemFactory::createItem(entry));
-        if (entry.isDir())
-            attach(child);
+        Node* child = newChild(node, KAObject2WinItemFactory::createItem(entry.info, entry.isDir));
+        if (entry.isDir)
+            attach(child, entry.isSymLink);
     }
     return true;
 }

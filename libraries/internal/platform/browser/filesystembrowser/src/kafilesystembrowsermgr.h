@@ -28,7 +28,9 @@ public:
     KAFileSystemBrowserFilterPackage* filter() const { return m_filter; }
 
 private:
-    void attach(Node* node);
+    // mayLoop: the folder may be a link back to one of its ancestors (not
+    // known for roots); only then is that checked.
+    void attach(Node* node, bool mayLoop = true);
     void fillAtOnce(Node* node);
     bool leadsIntoItself(const Node* node) const;
 
