@@ -168,6 +168,12 @@ private slots:
     void expandWithoutPlaceholderOnlyMarksExpanded();
     void collapseClearsExpandedFlag();
     void refreshNodeKeepsExpandedSubtree();
+    void childrenComeInSortOrder_data();
+    void childrenComeInSortOrder();
+    void refreshedItemMovesToItsPlace_data();
+    void refreshedItemMovesToItsPlace();
+    void hiddenNodeGetsHiddenItem_data();
+    void hiddenNodeGetsHiddenItem();
     void getMLTreeFindsItemOfSameObject();
     void selectNode();
     void focusOnNodeBringsOpenSubtreeIntoView();
@@ -392,6 +398,126 @@ void tst_KAAbstractBrowserListView::refreshNodeKeepsExpandedSubtree()
     QVERIFY(m_view->getMLTree(m_model.a1a));
     // The refresh is a rebuild from the model, not a new expansion.
     QCOMPARE(m_ctrl->expanded.size(), 2);
+}
+
+void tst_KAAbstractBrowserListView::childrenComeInSortOrder_data()
+{
+    // "F:" marks a folder.
+    QTest::addColumn<QStringList>("names");
+    QTest::addColumn<QStringList>("expanded");
+    QTest::addColumn<QStringList>("added");
+    QTest::addColumn<QStringList>("refreshed");
+    QTest::addColumn<QString>("single");
+    QTest::addColumn<int>("singleAt");
+    QTest::newRow("folders first, numbers by value")
+        << QStringList{"Sample 10", "F:zeta", "sample 9", "Blank"}
+        << QStringList{"zeta", "Blank", "sample 9", "Sample 10"}
+        << QStringList{"F:alpha", "Sample 2"}
+        << QStringList{"alpha", "zeta", "Blank", "Sample 2", "sample 9", "Sample 10"}
+        << QStringLiteral("Sample 3") << 4;
+    QTest::newRow("case and accents aside")
+        << QStringList{"Ete 2", "été", "ETE"}
+        << QStringList{"ETE", "été", "Ete 2"}
+        << QStringList{"ete 10"}
+        << QStringList{"ETE", "été", "Ete 2", "ete 10"}
+        << QStringLiteral("F:Zoo") << 0;
+    QTest::newRow("long numbers and leading zeros")
+        << QStringList{"Lot 123456789012", "Lot 007", "Lot 99"}
+        << QStringList{"Lot 007", "Lot 99", "Lot 123456789012"}
+        << QStringList{"Lot 1000"}
+        << QStringList{"Lot 007", "Lot 99", "Lot 1000", "Lot 123456789012"}
+        << QStringLiteral("Lot 7") << 1;
+}
+
+// Children made by an expansion, by a refresh of the open node and one at a
+// time, each in the view's order.
+void tst_KAAbstractBrowserListView::childrenComeInSortOrder()
+{
+    QFETCH(QStringList, names);
+    QFETCH(QStringList, expanded);
+    QFETCH(QStringList, added);
+    QFETCH(QStringList, refreshed);
+    QFETCH(QString, single);
+    QFETCH(int, singleAt);
+    auto add = [](Node* parent, const QString& entry) {
+        const bool folder = entry.startsWith(QLatin1String("F:"));
+        return addChild(parent, folder ? entry.mid(2) : entry, folder ? KAObjectTypeFolder : KAObjectTypeAnalysis);
+    };
+    Node* box = addChild(m_model.root, QStringLiteral("Box"), KAObjectTypeFolder);
+    for (const QString& name : names)
+        add(box, name);
+    m_view->fillTree(m_model.root);
+    KATreeWidgetItem* item = m_view->getMLTree(box);
+    QVERIFY(item);
+    QCOMPARE(childTexts(item), QStringList{"FAKE"});
+
+    item->setExpanded(true);
+    QCOMPARE(childTexts(item), expanded);
+
+    for (const QString& name : added)
+        add(box, name);
+    m_view->refreshNode(box);
+    item = m_view->getMLTree(box);
+    QVERIFY(item);
+    QVERIFY(item->isExpanded());
+    QCOMPARE(childTexts(item), refreshed);
+
+    Node* one = add(box, single);
+    KATreeWidgetItem* made = m_view->makeItem(one, item);
+    QVERIFY(made);
+    QCOMPARE(item->indexOfChild(made), singleAt);
+}
+
+void tst_KAAbstractBrowserListView::refreshedItemMovesToItsPlace_data()
+{
+    QTest::addColumn<QString>("newName");
+    QTest::addColumn<QStringList>("order");
+    QTest::newRow("to the end") << QStringLiteral("Zulu") << QStringList{"A", "C", "Zulu"};
+    QTest::newRow("to the front") << QStringLiteral("0 first") << QStringList{"0 first", "A", "C"};
+    QTest::newRow("among names that fold alike") << QStringLiteral("a") << QStringList{"A", "a", "C"};
+    QTest::newRow("same place") << QStringLiteral("Bravo") << QStringList{"A", "Bravo", "C"};
+}
+
+// A node renamed in the model and refreshed: its item shows the new name at
+// its sorted place.
+void tst_KAAbstractBrowserListView::refreshedItemMovesToItsPlace()
+{
+    QFETCH(QString, newName);
+    QFETCH(QStringList, order);
+    m_view->fillTree(m_model.root);
+    QCOMPARE(childTexts(m_view->topLevelItem(0)), (QStringList{"A", "B", "C"}));
+    m_model.b->data()->setName(newName);
+    m_view->refreshNode(m_model.b);
+    QCOMPARE(childTexts(m_view->topLevelItem(0)), order);
+    KATreeWidgetItem* b = m_view->getMLTree(m_model.b);
+    QVERIFY(b);
+    QCOMPARE(b->text(KATreeWidgetItem::SortKeyColumn), KATreeWidgetItem::naturalSortKey(newName, false));
+    QCOMPARE(b->node(), m_model.b);
+}
+
+void tst_KAAbstractBrowserListView::hiddenNodeGetsHiddenItem_data()
+{
+    QTest::addColumn<bool>("refresh");
+    QTest::newRow("built by an expansion") << false;
+    QTest::newRow("built by a refresh") << true;
+}
+
+void tst_KAAbstractBrowserListView::hiddenNodeGetsHiddenItem()
+{
+    QFETCH(bool, refresh);
+    m_model.a1->setVisible(false);
+    m_view->fillTree(m_model.root);
+    KATreeWidgetItem* a = m_view->getMLTree(m_model.a);
+    QVERIFY(a);
+    a->setExpanded(true);
+    if (refresh)
+        m_view->refreshNode(m_model.a);
+    KATreeWidgetItem* a1 = m_view->getMLTree(m_model.a1);
+    KATreeWidgetItem* a2 = m_view->getMLTree(m_model.a2);
+    QVERIFY(a1);
+    QVERIFY(a2);
+    QVERIFY(a1->isHidden());
+    QVERIFY(!a2->isHidden());
 }
 
 void tst_KAAbstractBrowserListView::getMLTreeFindsItemOfSameObject()

@@ -2,17 +2,16 @@
 
 #include "kaobject2.h"
 #include "kaobject2folder.h"
+#include "katreewidget.h"
 #include "tpixmapcache.h"
 
 #include <QHash>
 #include <QIcon>
 #include <QTreeWidget>
 
-namespace {
+#include <typeinfo>
 
-// Digit runs are written with this many digits (leading zeros stripped,
-// then padded), so that "10" sorts after "9"; it holds any 64-bit number.
-const int NumberWidth = 20;
+namespace {
 
 // Folds case and drops accents of a name that is not plain ASCII.
 QString foldForSort(const QString& name)
@@ -55,8 +54,7 @@ KATreeWidgetItem::KATreeWidgetItem(QTreeWidget* view, const KAObject2* object)
 {
     initFromObject();
     // Inserted once filled, so the view is not told of each field.
-    if (view)
-        view->addTopLevelItem(this);
+    attach(view, nullptr);
 }
 
 KATreeWidgetItem::KATreeWidgetItem(QTreeWidgetItem* parentItem, const KAObject2* object)
@@ -64,8 +62,7 @@ KATreeWidgetItem::KATreeWidgetItem(QTreeWidgetItem* parentItem, const KAObject2*
     , m_object(object)
 {
     initFromObject();
-    if (parentItem)
-        parentItem->addChild(this);
+    attach(nullptr, parentItem);
 }
 
 KATreeWidgetItem::KATreeWidgetItem(QTreeWidgetItem* parentItem, void* unused, const KAObject2* object)
@@ -76,11 +73,23 @@ KATreeWidgetItem::KATreeWidgetItem(QTreeWidgetItem* parentItem, void* unused, co
     initFromObject();
     if (!object)
         m_var = placeholderVar();
-    if (parentItem)
-        parentItem->addChild(this);
+    attach(nullptr, parentItem);
 }
 
 KATreeWidgetItem::~KATreeWidgetItem() = default;
+
+void KATreeWidgetItem::attach(QTreeWidget* view, QTreeWidgetItem* parentItem)
+{
+    QTreeWidget* owner = parentItem ? parentItem->treeWidget() : view;
+    if (auto* tree = qobject_cast<KATreeWidget*>(owner)) {
+        tree->insertItem(parentItem, this);
+        return;
+    }
+    if (parentItem)
+        parentItem->addChild(this);
+    else if (view)
+        view->addTopLevelItem(this);
+}
 
 QString KATreeWidgetItem::placeholderVar()
 {
@@ -121,7 +130,7 @@ QString KATreeWidgetItem::naturalSortKey(const QString& name, bool folder)
 {
     const QString base = isAscii(name) ? name : foldForSort(name);
     QString key;
-    key.reserve(base.size() + 2 * NumberWidth + name.size() + 2);
+    key.reserve(2 * base.size() + name.size() + 2);
     key += QLatin1Char(folder ? '0' : '1');
     const int size = base.size();
     for (int i = 0; i < size;) {
@@ -132,15 +141,19 @@ QString KATreeWidgetItem::naturalSortKey(const QString& name, bool folder)
             ++i;
             continue;
         }
-        // A run of digits (any script) becomes a zero-padded ASCII number.
+        // A run of digits (any script), leading zeros stripped, becomes '0',
+        // then its number of digits as one character, then its ASCII
+        // digits: "10" sorts after "9" (more digits), numbers of as many
+        // digits by their digits, and against a letter or a sign the run
+        // sorts as its '0'. Short keys keep comparisons short.
         int end = i;
         while (end < size && base.at(end).isDigit())
             ++end;
         int first = i;
         while (first < end - 1 && base.at(first).digitValue() == 0)
             ++first;
-        for (int pad = end - first; pad < NumberWidth; ++pad)
-            key += QLatin1Char('0');
+        key += QLatin1Char('0');
+        key += QChar(ushort('0' + (end - first)));
         for (int k = first; k < end; ++k)
             key += QLatin1Char(char('0' + base.at(k).digitValue()));
         i = end;
@@ -207,7 +220,41 @@ bool KATreeWidgetItem::operator<(const QTreeWidgetItem& other) const
 
 void KATreeWidgetItem::setData(int column, int role, const QVariant& value)
 {
-    if (column == SortKeyColumn && (role == Qt::DisplayRole || role == Qt::EditRole))
-        m_sortKey = value.toString();
+    if (column != SortKeyColumn || (role != Qt::DisplayRole && role != Qt::EditRole)) {
+        QTreeWidgetItem::setData(column, role, value);
+        return;
+    }
+    const QString old = m_sortKey;
+    m_sortKey = value.toString();
     QTreeWidgetItem::setData(column, role, value);
+    if (m_sortKey != old) {
+        if (auto* tree = qobject_cast<KATreeWidget*>(treeWidget()))
+            tree->placeItem(this);
+    }
+}
+
+bool KATreeWidgetItem::refreshFrom(const KATreeWidgetItem& fresh)
+{
+    if (typeid(*this) != typeid(KATreeWidgetItem) || typeid(fresh) != typeid(KATreeWidgetItem)
+        || fresh.m_object != m_object)
+        return false;
+    // Cell by cell and only what differs: the view repaints a changed cell
+    // if it is on screen, and nothing else. The key column goes through
+    // setData() like any other, which moves the item if its key changed.
+    const int columns = qMax(columnCount(), fresh.columnCount());
+    for (int column = 0; column < columns; ++column) {
+        for (int role = Qt::DisplayRole; role <= Qt::InitialSortOrderRole; ++role) {
+            if (role == Qt::EditRole)
+                continue; // the same as the display role
+            const QVariant value = fresh.data(column, role);
+            if (data(column, role) != value)
+                setData(column, role, value);
+        }
+    }
+    if (flags() != fresh.flags())
+        setFlags(fresh.flags());
+    if (childIndicatorPolicy() != fresh.childIndicatorPolicy())
+        setChildIndicatorPolicy(fresh.childIndicatorPolicy());
+    m_var = fresh.m_var;
+    return true;
 }

@@ -50,11 +50,25 @@ public:
     // updateSortKey() at the end of its constructor (a base constructor
     // cannot reach the override).
     virtual QString sortKey() const;
-    // Writes sortKey() to the sort column, from the current name.
+    // Writes sortKey() to the sort column, from the current name. In a
+    // sorted KATreeWidget the item then moves to its new place.
     void updateSortKey();
+    // The text of the sort column, kept by the item.
+    const QString& sortText() const { return m_sortKey; }
+
+    // Takes over, in place, what a freshly made item of the same object
+    // shows (the data of Qt's item roles in every column, flags, variable and
+    // key), so that a view refreshes the item without taking its row out;
+    // only what differs is set, so the view repaints only changed cells.
+    // Only between plain KATreeWidgetItem items (a subclass may hold more
+    // than this copies): false, and nothing done, otherwise. Children, node
+    // link and expanded state are left as they are; a changed key moves the
+    // item to its place.
+    bool refreshFrom(const KATreeWidgetItem& fresh);
 
     // The default key: "0" for a folder, "1" otherwise, then the name folded
-    // to case without accents, each digit run as a fixed-width number, and
+    // to case without accents, each digit run as a number (its length, then
+    // its digits, so that numbers compare by value), and
     // after a separator the name itself so that equal-looking names still
     // get a stable order.
     static QString naturalSortKey(const QString& name, bool folder);
@@ -66,6 +80,11 @@ public:
     // In the sort column, compares the keys as plain strings.
     bool operator<(const QTreeWidgetItem& other) const override;
     void setData(int column, int role, const QVariant& value) override;
+
+protected:
+    // Puts the item under parentItem, else at top level of view (nothing
+    // when both are null): at its sorted place in a sorted KATreeWidget.
+    void attach(QTreeWidget* view, QTreeWidgetItem* parentItem);
 
 private:
     void initFromObject();

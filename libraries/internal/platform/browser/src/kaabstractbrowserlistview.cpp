@@ -157,7 +157,8 @@ KATreeWidgetItem* KAAbstractBrowserListView::makeItem(Node* node, KATreeWidgetIt
 }
 
 // Children are made as free items and handed to their parent in one batch:
-// one insertion instead of one per child, and no re-sort per child.
+// sorted once among themselves and inserted in order, so the view never
+// re-sorts what it already shows.
 void KAAbstractBrowserListView::buildChildren(Node* node, KATreeWidgetItem* parentItem)
 {
     if (!node || !parentItem)
@@ -165,6 +166,7 @@ void KAAbstractBrowserListView::buildChildren(Node* node, KATreeWidgetItem* pare
     QList<QTreeWidgetItem*> batch;
     batch.reserve(node->childCount());
     QList<QPair<KATreeWidgetItem*, Node*>> expanded;
+    QList<QTreeWidgetItem*> hidden;
     for (Node* child = node->firstChild(); child; child = child->nextSibling()) {
         // A placeholder of the model stands for children not built: no item.
         if (child->data() && child->data()->type() == KAObjectTypeFake)
@@ -175,26 +177,23 @@ void KAAbstractBrowserListView::buildChildren(Node* node, KATreeWidgetItem* pare
         item->setNode(child);
         indexItem(item);
         item->setDisabled(!child->isEnabled());
-        item->setHidden(!child->isVisible());
+        // Hiding is a state of the view: it takes once the item is in it.
+        if (!child->isVisible())
+            hidden.append(item);
         if (child->isExpanded())
             expanded.append({item, child});
         else if (child->childCount() > 0)
             new KATreeWidgetItem(item, nullptr, nullptr); // "FAKE": an expander without its subtree
         batch.append(item);
     }
-    const bool sorting = isSortingEnabled();
-    if (sorting)
-        setSortingEnabled(false);
-    parentItem->addChildren(batch);
+    insertItems(parentItem, batch);
+    for (QTreeWidgetItem* item : qAsConst(hidden))
+        item->setHidden(true);
     // Expanded only once in the view: expanding a free item has no effect.
     for (const auto& pair : qAsConst(expanded)) {
         pair.first->setExpanded(true);
         createSon(pair.second, pair.first);
     }
-    // One sort for the whole batch (Qt re-sorts the view when sorting comes
-    // back on, as it would after any insertion in a sorted view).
-    if (sorting)
-        setSortingEnabled(true);
 }
 
 KATreeWidgetItem* KAAbstractBrowserListView::getMLTree(Node* node) const
@@ -250,25 +249,72 @@ void KAAbstractBrowserListView::refreshNode(Node* node)
     }
     auto* parent = dynamic_cast<KATreeWidgetItem*>(item->parent());
     const bool wasExpanded = node->isExpanded();
+    KATreeWidgetItem* fresh = KATreeWidgetItemCreator::instance()->createItemTree(node->data(), nullptr, nullptr);
+    if (fresh)
+        fresh->setDisabled(!node->isEnabled());
+    // The item takes over what the fresh one shows where it can: a row taken
+    // out of the view or put into it makes the view lay out every item it
+    // shows again, which in a large branch costs far more than the refresh.
+    // Enabling is handed down to children by the view: a change of it, or a
+    // disabled parent, goes the long way.
+    const bool parentEnabled = !item->parent() || (item->parent()->flags() & Qt::ItemIsEnabled);
+    const bool sameEnabling = item->isDisabled() == !node->isEnabled();
+    if (fresh && parentEnabled && sameEnabling && item->refreshFrom(*fresh)) {
+        delete fresh;
+        item->setNode(node);
+        if (item->isHidden() != !node->isVisible())
+            item->setHidden(!node->isVisible());
+        refreshChildren(node, item, wasExpanded);
+        return;
+    }
     const int index = parent ? parent->indexOfChild(item) : indexOfTopLevelItem(item);
     deleteItem(item);
-    KATreeWidgetItem* fresh = KATreeWidgetItemCreator::instance()->createItemTree(node->data(), nullptr, nullptr);
     if (!fresh)
         return;
     fresh->setNode(node);
     indexItem(fresh);
-    fresh->setDisabled(!node->isEnabled());
-    fresh->setHidden(!node->isVisible());
-    if (parent)
+    // Where the old item was, unless the sort puts it elsewhere.
+    if (isSortingEnabled()) {
+        const int at = sortedIndex(parent, fresh, index);
+        if (parent)
+            parent->insertChild(at, fresh);
+        else
+            insertTopLevelItem(at, fresh);
+    } else if (parent) {
         parent->insertChild(qMax(0, index), fresh);
-    else
+    } else {
         insertTopLevelItem(qMax(0, index), fresh);
+    }
+    fresh->setHidden(!node->isVisible());
     if (wasExpanded) {
         fresh->setExpanded(true);
         createSon(node, fresh);
     } else if (node->childCount() > 0) {
         new KATreeWidgetItem(fresh, nullptr, nullptr);
     }
+}
+
+// The children of a refreshed item, rebuilt as a new item would have them:
+// the whole open subtree when the node is expanded, else the placeholder
+// alone when the node has children. A collapsed item that keeps its
+// placeholder keeps it, so that nothing moves in the view.
+void KAAbstractBrowserListView::refreshChildren(Node* node, KATreeWidgetItem* item, bool expanded)
+{
+    const bool keepPlaceholder = !expanded && node->childCount() > 0 && item->childCount() == 1
+        && dynamic_cast<KATreeWidgetItem*>(item->child(0))
+        && static_cast<KATreeWidgetItem*>(item->child(0))->isPlaceholder();
+    if (!keepPlaceholder) {
+        const QList<QTreeWidgetItem*> children = item->takeChildren();
+        for (QTreeWidgetItem* child : children)
+            deleteItem(child);
+        if (expanded)
+            createSon(node, item);
+        else if (node->childCount() > 0)
+            new KATreeWidgetItem(item, nullptr, nullptr);
+    }
+    // Children first: expanding over a placeholder would fill the node anew.
+    if (item->isExpanded() != expanded)
+        item->setExpanded(expanded);
 }
 
 void KAAbstractBrowserListView::deleteNode(Node* node)

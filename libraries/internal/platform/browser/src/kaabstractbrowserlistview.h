@@ -83,6 +83,7 @@ private:
     void indexItem(KATreeWidgetItem* item);
     void unindexSubtree(QTreeWidgetItem* item);
     void deleteItem(QTreeWidgetItem* item);
+    void refreshChildren(Node* node, KATreeWidgetItem* item, bool expanded);
 
     KAAbstractBrowserCtrl* m_controller;                   // not owned
     QTimer m_reactivateTimer;

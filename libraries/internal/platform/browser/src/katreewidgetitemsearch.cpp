@@ -12,7 +12,7 @@ KATreeWidgetItemSearch::KATreeWidgetItemSearch(QTreeWidgetItem* parentItem, QTre
     setIcon(NameColumn, QIcon(TPixmapCache::find("search_object")));
     setToolTip(NameColumn, search->search());
     if (!parentItem && view)
-        view->addTopLevelItem(this);
+        attach(view, nullptr);
 }
 
 const KAObject2Search* KATreeWidgetItemSearch::search() const

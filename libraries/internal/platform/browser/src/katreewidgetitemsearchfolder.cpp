@@ -14,7 +14,7 @@ KATreeWidgetItemSearchFolder::KATreeWidgetItemSearchFolder(QTreeWidgetItem* pare
     setIcon(NameColumn, QIcon(TPixmapCache::find("folder_search")));
     updateSortKey();
     if (!parentItem && view)
-        view->addTopLevelItem(this);
+        attach(view, nullptr);
 }
 
 QString KATreeWidgetItemSearchFolder::sortKey() const
