@@ -68,7 +68,15 @@ int commandContent(const QStringList& args)
     const QMap<const KAObject2Project*, TTree<KAObject2*>*> trees = ctrl.createTreeView(projects, analyses, peakDetects);
 
     QTextStream out(stdout);
+    QTextStream err(stderr);
     for (const KAObject2Project* project : qAsConst(projects)) {
+        if (!project->db()) {
+            err << QCoreApplication::translate("kabrowse", "The project %1 (%2) cannot be opened: it is listed without content.",
+                                               "Le projet %1 (%2) ne peut pas être ouvert : il est listé sans contenu.")
+                       .arg(project->name(), QDir::toNativeSeparators(project->folder()))
+                << '\n';
+            err.flush();
+        }
         std::unique_ptr<TTree<KAObject2*>> tree(trees.value(project));
         if (tree) {
             printTree(out, tree.get());
