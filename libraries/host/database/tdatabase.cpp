@@ -171,13 +171,17 @@ TDatabase* TDatabase::open(KAObject2Project* project, bool readOnly, QString* er
                              .arg(QDir::toNativeSeparators(path));
             return nullptr;
         }
-        QSqlDatabase connection = db->m_connections->connection(error);
-        if (!connection.isValid())
-            return nullptr;
-        // A file of the first format gains the compound table now; should
-        // that fail (another program holds the lock), the project opens all
-        // the same and only a write to its compounds is refused.
-        TDatabaseSchema::upgrade(connection, nullptr);
+        {
+            // Scoped: the connection may be released below, and a handle
+            // still held then would make Qt warn that it is in use.
+            QSqlDatabase connection = db->m_connections->connection(error);
+            if (!connection.isValid())
+                return nullptr;
+            // A file of the first format gains the compound table now;
+            // should that fail (another program holds the lock), the project
+            // opens all the same and only a write to its compounds is refused.
+            TDatabaseSchema::upgrade(connection, nullptr);
+        }
         // A pool thread that opened the project rarely writes; its
         // connection is made again if it does.
         const QCoreApplication* app = QCoreApplication::instance();
