@@ -98,9 +98,11 @@ void KAFileSystemBrowserSearchMediator::search(const QString& text)
     if (!m_openAllThread || !m_openAllThread->isRunning())
         openAllProjects();
     m_currentSearch = m_searchThread->newSearch(text, m_opened.values());
+    // The workers start first: the view drops the older results meanwhile,
+    // and theirs are delivered only once this returns to the event loop.
+    m_searchThread->startWorkers();
     m_controller->clearEditor();
     dropShownResults();
-    m_searchThread->startWorkers();
 }
 
 void KAFileSystemBrowserSearchMediator::cancelOpenAll()
