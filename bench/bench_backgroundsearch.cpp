@@ -219,6 +219,9 @@ int main(int argc, char** argv)
                     openMs, explorer.ctrl.results());
 
         for (int round = 0; round < rounds; ++round) {
+            // Each side starts from an idle event loop, as a search does
+            // after the delay that waits for the next keystroke.
+            Bench::settle();
             explorer.ctrl.startClock();
             explorer.search(Text);
             if (!waitFinished(mediator))
@@ -226,6 +229,7 @@ int main(int argc, char** argv)
             oursLast.append(explorer.ctrl.lastMs());
             oursFirst.append(explorer.ctrl.firstMs());
             int kept = 0;
+            Bench::settle();
             sequential.append(Bench::timeMs([&]() { kept = searchSequentially(mediator->openedControllers(), Text); }));
             if (kept != explorer.ctrl.results())
                 Bench::note("results: %d in parallel, %d in sequence", explorer.ctrl.results(), kept);

@@ -24,7 +24,6 @@
 #include "tdatabase.h"
 #include "ttree.h"
 
-#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QStandardItemModel>
 #include <QTreeView>
@@ -54,18 +53,6 @@ KATreeWidgetItem* walkFor(QTreeWidget* view, const KAObject2* object)
             return item;
     }
     return nullptr;
-}
-
-// Runs the event loop until a pass finds nothing to do (no posted event,
-// timer or window-system event handled), so that work a call leaves to the
-// event loop is counted with it. Bounded, in case something keeps ticking.
-int settle()
-{
-    QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance();
-    int passes = 0;
-    while (passes < 1000 && dispatcher->processEvents(QEventLoop::AllEvents))
-        ++passes;
-    return passes;
 }
 
 } // namespace
@@ -143,7 +130,7 @@ int main(int argc, char** argv)
         QStringLiteral("expand-50k"), 5,
         [&]() {
             analysisItem->setExpanded(true);
-            settle();
+            Bench::settle();
             expandedItems = analysisItem->childCount();
         },
         [&]() {
@@ -156,7 +143,7 @@ int main(int argc, char** argv)
             model->appendRow({folder, new QStandardItem(QStringLiteral("0"))});
             model->sort(1);
             baselineView.expand(folder->index());
-            settle();
+            Bench::settle();
         },
         reset);
     Bench::note("expanded: %d items under the Analysis folder", expandedItems);
@@ -164,7 +151,7 @@ int main(int argc, char** argv)
     // The view keeps the 50,000 items shown for the refreshes.
     reset();
     analysisItem->setExpanded(true);
-    settle();
+    Bench::settle();
     const QList<const KAObject2*> list = sample.db()->getObjectLst(KAObjectTypeAnalysis);
     QVector<Node*> targets;
     for (int i = 0; i < 21; ++i)
@@ -176,10 +163,10 @@ int main(int argc, char** argv)
     for (Node* node : qAsConst(targets)) {
         refreshes.append(Bench::timeMs([&]() {
             widget.refreshNode(node);
-            passes = qMax(passes, settle());
+            passes = qMax(passes, Bench::settle());
         }));
         calls.append(Bench::timeMs([&]() { widget.refreshNode(node); }));
-        settle();
+        Bench::settle();
         walks.append(Bench::timeMs([&]() { walkFor(&widget, node->data()); }));
     }
     Bench::note("event loop passes after a refresh: at most %d", passes);

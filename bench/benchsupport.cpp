@@ -1,5 +1,7 @@
 #include "benchsupport.h"
 
+#include <QAbstractEventDispatcher>
+
 #include "kaobject2project.h"
 #include "projectmgrinterface.h"
 #include "tdatabase.h"
@@ -74,6 +76,15 @@ TSampleGenerator::Options projectOptions(int scale)
     options.groups = 4 * scale;
     options.seed = 42;
     return options;
+}
+
+int settle()
+{
+    QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance();
+    int passes = 0;
+    while (passes < 1000 && dispatcher->processEvents(QEventLoop::AllEvents))
+        ++passes;
+    return passes;
 }
 
 bool waitUntil(const std::function<bool()>& done, int limitMs)

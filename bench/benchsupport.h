@@ -38,6 +38,12 @@ TSampleGenerator::Options projectOptions(int scale);
 // core from the workers it waits for.
 bool waitUntil(const std::function<bool()>& done, int limitMs);
 
+// Runs the event loop until a pass finds nothing to do (no posted event,
+// timer or window-system event handled), so that work a call leaves to the
+// event loop is counted with it; bounded, in case something keeps ticking.
+// Returns the number of passes.
+int settle();
+
 // Prints a line that is not a bench result (to stderr, so that a parser of
 // the bench lines never sees it).
 void note(const char* format, ...);
