@@ -158,7 +158,7 @@ private slots:
     void compoundsChangedOnlyForCompounds();
     void firstFormatFile_data();
     void firstFormatFile();
-    void firstFormatLockedAtOpenStillWrites();
+    void firstFormatUpgradedByItsFirstEntryOnly();
     void currentFormatWithoutCompoundTableRefused_data();
     void currentFormatWithoutCompoundTableRefused();
     void sampleGeneratorCompounds();
@@ -692,12 +692,16 @@ void TestTCompound::firstFormatFile()
         QCOMPARE(pragma(path, QStringLiteral("user_version")), 1);
         return;
     }
-    QVERIFY(hasCompoundTable(path));
-    QCOMPARE(pragma(path, QStringLiteral("user_version")), TDatabase::SchemaVersion);
-    // The upgraded file takes compound entries like any other.
+    // Opening for writing changes nothing: an older version of the
+    // application can still open the file.
+    QVERIFY(!hasCompoundTable(path));
+    QCOMPARE(pragma(path, QStringLiteral("user_version")), 1);
+    // The first compound entry brings the table and the current format.
     const TCompoundAbstract* compound = compounds.first();
     const qint64 pd = plainPeakDetects(db).first();
     QVERIFY(db->compoundAddPeakDetect(compound, peakDetect(db, pd)));
+    QVERIFY(hasCompoundTable(path));
+    QCOMPARE(pragma(path, QStringLiteral("user_version")), TDatabase::SchemaVersion);
     const QString name = compound->name();
     opened.reset();
     opened = openFolder(folder, true);
@@ -706,61 +710,48 @@ void TestTCompound::firstFormatFile()
     QCOMPARE(entryIds(compoundNamed(opened->db.get(), name)), QList<qint64>{pd});
 }
 
-void TestTCompound::firstFormatLockedAtOpenStillWrites()
+// In a batch, the table comes with the first entry and goes if the batch is
+// abandoned; a batch without entries leaves the format alone.
+void TestTCompound::firstFormatUpgradedByItsFirstEntryOnly()
 {
-    const QString folder = makeBase(QStringLiteral("Locked upgrade"));
+    const QString folder = makeBase(QStringLiteral("First entry"));
     const QString path = TDatabase::databasePath(folder);
     rawSql(path, {QStringLiteral("DROP TABLE compound_peaks"), QStringLiteral("PRAGMA user_version = 1")});
-    TDatabase::setBusyTimeout(200);
-
-    // Another program holds the write lock while the project opens: the
-    // upgrade cannot happen, the project opens all the same.
-    std::unique_ptr<Opened> opened;
-    const QString lockerName = QStringLiteral("tst_compound_locker");
-    {
-        QSqlDatabase locker = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), lockerName);
-        locker.setDatabaseName(path);
-        QVERIFY(locker.open());
-        QSqlQuery lock(locker);
-        QVERIFY(lock.exec(QStringLiteral("BEGIN IMMEDIATE")));
-        opened = openFolder(folder);
-        QVERIFY(lock.exec(QStringLiteral("ROLLBACK")));
-        locker.close();
-    }
-    QSqlDatabase::removeDatabase(lockerName);
+    std::unique_ptr<Opened> opened = openFolder(folder);
     TDatabase* db = opened->db.get();
     QVERIFY2(db, qPrintable(opened->error));
-    QVERIFY(!hasCompoundTable(path));
-
-    // Only a write to the compounds needs the new table.
     const qint64 well = db->getObjectLst(KAObjectTypeWell).first()->id();
     QVERIFY(db->objectRename(db->objectById(well), QStringLiteral("Renamed well")));
-    const qint64 pd = plainPeakDetects(db).first();
     QVERIFY(db->beginBatch());
     const qint64 list = db->addObject(KAObjectTypeCompoundList, 0, QStringLiteral("Later list"));
     QVERIFY(list);
-    const qint64 compoundId = db->addObject(KAObjectTypeCompound, list, QStringLiteral("Later compound"));
-    QVERIFY(compoundId);
-    QVERIFY(!db->addCompoundPeakDetect(compoundId, pd));
-    QVERIFY2(db->lastError().contains(QStringLiteral("older format")), qPrintable(db->lastError()));
+    QVERIFY(db->addObject(KAObjectTypeCompound, list, QStringLiteral("Without entries")));
     QVERIFY(db->commitBatch());
-    const TCompoundAbstract* compound = compoundNamed(db, QStringLiteral("Later compound"));
-    QVERIFY(compound);
-    QVERIFY(!db->compoundAddPeakDetect(compound, peakDetect(db, pd)));
-    QVERIFY2(db->lastError().contains(QStringLiteral("compound_peaks")), qPrintable(db->lastError()));
-    QVERIFY(compound->getPeakDetectList().isEmpty());
+    QVERIFY(!hasCompoundTable(path));
     QCOMPARE(pragma(path, QStringLiteral("user_version")), 1);
 
-    // The next open for writing upgrades the file, with what was written.
-    opened.reset();
-    opened = openFolder(folder);
-    db = opened->db.get();
-    QVERIFY2(db, qPrintable(opened->error));
+    const qint64 pd = plainPeakDetects(db).first();
+    QVERIFY(db->beginBatch());
+    qint64 compoundId = db->addObject(KAObjectTypeCompound, list, QStringLiteral("Abandoned"));
+    QVERIFY(compoundId && db->addCompoundPeakDetect(compoundId, pd));
+    db->rollbackBatch();
+    QVERIFY(!hasCompoundTable(path));
+    QCOMPARE(pragma(path, QStringLiteral("user_version")), 1);
+    QVERIFY(!compoundNamed(db, QStringLiteral("Abandoned")));
+
+    QVERIFY(db->beginBatch());
+    compoundId = db->addObject(KAObjectTypeCompound, list, QStringLiteral("Kept"));
+    QVERIFY(compoundId && db->addCompoundPeakDetect(compoundId, pd));
+    QVERIFY(db->commitBatch());
     QVERIFY(hasCompoundTable(path));
     QCOMPARE(pragma(path, QStringLiteral("user_version")), TDatabase::SchemaVersion);
-    QVERIFY(compoundNamed(db, QStringLiteral("Later compound")));
-    QVERIFY(db->compoundAddPeakDetect(compoundNamed(db, QStringLiteral("Later compound")), peakDetect(db, pd)));
-    QVERIFY(db->objectById(well));
+    QCOMPARE(entryIds(compoundNamed(db, QStringLiteral("Kept"))), QList<qint64>{pd});
+
+    opened.reset();
+    opened = openFolder(folder, true);
+    db = opened->db.get();
+    QVERIFY2(db, qPrintable(opened->error));
+    QCOMPARE(entryIds(compoundNamed(db, QStringLiteral("Kept"))), QList<qint64>{pd});
     QCOMPARE(db->objectById(well)->name(), QStringLiteral("Renamed well"));
 }
 

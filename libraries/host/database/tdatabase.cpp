@@ -171,17 +171,8 @@ TDatabase* TDatabase::open(KAObject2Project* project, bool readOnly, QString* er
                              .arg(QDir::toNativeSeparators(path));
             return nullptr;
         }
-        {
-            // Scoped: the connection may be released below, and a handle
-            // still held then would make Qt warn that it is in use.
-            QSqlDatabase connection = db->m_connections->connection(error);
-            if (!connection.isValid())
-                return nullptr;
-            // A file of the first format gains the compound table now;
-            // should that fail (another program holds the lock), the project
-            // opens all the same and only a write to its compounds is refused.
-            TDatabaseSchema::upgrade(connection, nullptr);
-        }
+        if (!db->m_connections->connection(error).isValid())
+            return nullptr;
         // A pool thread that opened the project rarely writes; its
         // connection is made again if it does.
         const QCoreApplication* app = QCoreApplication::instance();
@@ -370,9 +361,9 @@ bool TDatabase::compoundAddPeakDetect(const TCompoundAbstract* compound, const K
     ref.peakDetect = peakDetect->id();
     const qint64 id = compound->id();
     const bool ok = write([&](QSqlDatabase& db, QSqlError* error) {
+        if (!TDatabaseSchema::ensureCompoundTable(db, error))
+            return false;
         QSqlQuery query(db);
-        // Fails on a file of the first format that could not be upgraded
-        // at open: its own error names the missing table.
         if (!query.prepare(QStringLiteral(
                 "INSERT INTO compound_peaks (compound, position, project, peakdetect) VALUES (?, ?, ?, ?)"))) {
             *error = query.lastError();

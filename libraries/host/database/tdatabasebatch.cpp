@@ -19,6 +19,7 @@ TDatabaseBatch::TDatabaseBatch(const QSqlDatabase& connection, qint64 lastKnownI
     , m_insertLink(connection)
     , m_insertProperty(connection)
     , m_insertCompoundRef(connection)
+    , m_connection(connection)
     , m_hasCompoundTable(TDatabaseSchema::hasCompoundTable(connection))
     , m_firstId(lastKnownId + 1)
 {
@@ -132,14 +133,24 @@ bool TDatabaseBatch::addProperty(const TDatabaseIndex& index, qint64 objectId, c
 bool TDatabaseBatch::addCompoundRef(const TDatabaseIndex& index, qint64 compoundId, const QString& project,
                                     qint64 peakDetectId, QString* error)
 {
+    // A file of the first format takes the compound table with its first
+    // entry, in this batch's transaction.
     if (!m_hasCompoundTable) {
-        if (error)
-            *error = TDatabaseSchema::tr("The project database %1 is of an older format that has no compound entries; "
-                                         "open the project again to bring it up to date.",
-                                         "La base de données du projet %1 est d'un ancien format sans entrées de "
-                                         "composés ; rouvrez le projet pour la mettre à jour.")
-                         .arg(QDir::toNativeSeparators(m_path));
-        return false;
+        QSqlError sqlError;
+        if (!TDatabaseSchema::ensureCompoundTable(m_connection, &sqlError)) {
+            if (error)
+                *error = TDatabaseSchema::tr("The project database %1 is damaged or unreadable: %2",
+                                             "La base de données du projet %1 est endommagée ou illisible : %2")
+                             .arg(QDir::toNativeSeparators(m_path), sqlError.text());
+            return false;
+        }
+        if (!m_insertCompoundRef.prepare(QStringLiteral(
+                "INSERT INTO compound_peaks (compound, position, project, peakdetect) VALUES (?, ?, ?, ?)"))) {
+            if (error)
+                *error = TDatabaseSchema::queryError(m_insertCompoundRef, m_path);
+            return false;
+        }
+        m_hasCompoundTable = true;
     }
     if (kindOf(index, compoundId) != KAObjectTypeCompound || peakDetectId <= 0
         || (project.isEmpty() && kindOf(index, peakDetectId) != KAObjectTypePeakDetect)) {

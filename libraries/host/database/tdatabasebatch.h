@@ -4,11 +4,11 @@
 #include "tproperty.h"
 
 #include <QHash>
+#include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
 #include <QVector>
 
-class QSqlDatabase;
 
 namespace TechDB {
 
@@ -74,9 +74,9 @@ private:
     QSqlQuery m_insertObject;
     QSqlQuery m_insertLink;
     QSqlQuery m_insertProperty;
-    QSqlQuery m_insertCompoundRef; // prepared only when the file has the compound table
-    // False for a file of the first format whose upgrade failed at open:
-    // every other row can still be written.
+    QSqlQuery m_insertCompoundRef; // prepared once the file has the compound table
+    QSqlDatabase m_connection;
+    // False for a file of the first format until its first compound entry.
     bool m_hasCompoundTable = false;
     qint64 m_firstId = 1;
     QVector<ObjectRow> m_objects; // ids m_firstId, m_firstId + 1, ...

@@ -167,8 +167,8 @@ bool TDatabaseSchema::checkConnection(const QSqlDatabase& connection, const QStr
             *error = queryError(query, path);
         return false;
     }
-    // Files of the first format have no compounds; they gain the table the
-    // first time they are opened for writing (upgrade()).
+    // Files of the first format have no compounds; they gain the table with
+    // their first compound entry (ensureCompoundTable()).
     QStringList required = {QStringLiteral("meta"), QStringLiteral("objects"), QStringLiteral("properties"),
                             QStringLiteral("links")};
     if (version >= 2)
@@ -240,17 +240,18 @@ bool TDatabaseSchema::hasCompoundTable(const QSqlDatabase& connection)
         && query.next();
 }
 
-bool TDatabaseSchema::upgrade(QSqlDatabase& connection, QString* error)
+// Inside the caller's transaction: the file takes the current format only
+// together with the first compound entry written to it, and keeps it only
+// if that transaction commits.
+bool TDatabaseSchema::ensureCompoundTable(QSqlDatabase& connection, QSqlError* error)
 {
     if (hasCompoundTable(connection))
         return true;
-    const QString path = connection.databaseName();
     QSqlQuery query(connection);
-    for (const QString& sql : {QStringLiteral("BEGIN IMMEDIATE"), compoundTable(),
-                               QStringLiteral("PRAGMA user_version = %1").arg(TDatabase::SchemaVersion),
-                               QStringLiteral("COMMIT")}) {
-        if (!exec(query, sql, path, error)) {
-            query.exec(QStringLiteral("ROLLBACK"));
+    for (const QString& sql : {compoundTable(), QStringLiteral("PRAGMA user_version = %1").arg(TDatabase::SchemaVersion)}) {
+        if (!query.exec(sql)) {
+            if (error)
+                *error = query.lastError();
             return false;
         }
     }

@@ -37,9 +37,9 @@ public:
     // Creates the tables and the header in an empty database, in one transaction.
     static bool create(QSqlDatabase& connection, const TProjectHeader& header, QString* error);
 
-    // Brings a file of an older format up to the current one (the compound
-    // table), in one transaction; nothing is changed when it fails.
-    static bool upgrade(QSqlDatabase& connection, QString* error);
+    // Brings a file of the first format up to the current one (the compound
+    // table and the version), inside the caller's open transaction.
+    static bool ensureCompoundTable(QSqlDatabase& connection, QSqlError* error);
     static bool hasCompoundTable(const QSqlDatabase& connection);
 
     static bool readHeader(const QSqlDatabase& connection, TProjectHeader* header, QString* error);
