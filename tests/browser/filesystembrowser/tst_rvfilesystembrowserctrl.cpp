@@ -51,7 +51,7 @@ QString describe(const Node* root)
 // Writes a project by hand. analyses: name -> detection names (one signal
 // each); compounds: name -> detection names, where "Other/name" names a
 // detection of the project already written under "Other".
-struct ProjectSpec {
+struct ProjectLayout {
     QString folder;
     QList<QPair<QString, QStringList>> analyses;
     QList<QPair<QString, QStringList>> compounds;
@@ -60,25 +60,25 @@ struct ProjectSpec {
 class Workspace
 {
 public:
-    bool write(const QString& root, const ProjectSpec& spec)
+    bool write(const QString& root, const ProjectLayout& layout)
     {
-        const QString folder = QDir(root).filePath(spec.folder);
+        const QString folder = QDir(root).filePath(layout.folder);
         QString error;
-        if (!TDatabase::createProject(folder, spec.folder, &error))
+        if (!TDatabase::createProject(folder, layout.folder, &error))
             return fail(error);
-        KAObject2Project project(spec.folder, folder);
+        KAObject2Project project(layout.folder, folder);
         std::unique_ptr<TDatabase> db(TDatabase::open(&project, false, &error));
         if (!db || !db->beginBatch())
             return fail(db ? db->lastError() : error);
-        QHash<QString, qint64>& ids = m_detections[spec.folder];
-        for (const auto& analysis : spec.analyses) {
+        QHash<QString, qint64>& ids = m_detections[layout.folder];
+        for (const auto& analysis : layout.analyses) {
             const qint64 a = db->addObject(KAObjectTypeAnalysis, 0, analysis.first);
             const qint64 s = db->addObject(KAObjectTypeSignal, a, QStringLiteral("FID"));
             for (const QString& pd : analysis.second)
                 ids.insert(pd, db->addObject(KAObjectTypePeakDetect, s, pd, 0x1));
         }
         const qint64 list = db->addObject(KAObjectTypeCompoundList, 0, QStringLiteral("Targets"));
-        for (const auto& compound : spec.compounds) {
+        for (const auto& compound : layout.compounds) {
             const qint64 c = db->addObject(KAObjectTypeCompound, list, compound.first);
             for (const QString& entry : compound.second) {
                 const int slash = entry.indexOf(QLatin1Char('/'));
