@@ -163,6 +163,7 @@ private slots:
     void createFolder_data();
     void createFolder();
     void filterOfWrongTypeShowsComputerOnly();
+    void closedProjectLeavesTheTree();
     // Last: a dangling view crashes the run; the others report first.
     void viewDestroyedWithItsParentFirst();
 
@@ -500,6 +501,43 @@ void tst_KAFileSystemBrowserCtrl::projectObjectUrls()
         expected << QUrl::fromLocalFile(TechDB::TDatabase::objectFilePath(dataset));
     QCOMPARE(ctrl->getObjectUrls(&objects), expected);
     QVERIFY(ctrl->getObjectUrls(nullptr).isEmpty());
+}
+
+// A project unfolded in the explorer, then closed by the host: nothing of
+// the explorer may keep pointing into its database, which goes with it.
+void tst_KAFileSystemBrowserCtrl::closedProjectLeavesTheTree()
+{
+    const KAObject2Project* project = m_fixture->openSampleProject(QStringLiteral("Closing"));
+    QVERIFY(project);
+    m_filter->setRootForced(m_fixture->path());
+    KAFileSystemBrowserCtrl* ctrl = makeCtrl();
+    ctrl->initView(m_parent.get());
+    TTree<KAObject2*>* root = ctrl->getTree()->firstChild();
+    TTree<KAObject2*>* node = nullptr;
+    for (TTree<KAObject2*>* c = root ? root->firstChild() : nullptr; c; c = c->nextSibling()) {
+        if (c->data() == project)
+            node = c;
+    }
+    QVERIFY(node);
+    ctrl->fillNodeOnExpand(node);
+    QVERIFY(node->childCount() > 1);
+    QVERIFY(ctrl->getCtrlList().contains(project));
+
+    QVERIFY(ProjectMgrInterface::returnMe()->closeProject(project));
+    QVERIFY(!project->db());
+    // The project is shown again, folded, unfolding anew when asked.
+    root = ctrl->getTree()->firstChild();
+    node = nullptr;
+    for (TTree<KAObject2*>* c = root ? root->firstChild() : nullptr; c; c = c->nextSibling()) {
+        if (c->data() == project)
+            node = c;
+    }
+    QVERIFY(node);
+    QCOMPARE(node->childCount(), 1);
+    QCOMPARE(node->firstChild()->data()->type(), KAObjectTypeFake);
+    ctrl->fillNodeOnExpand(node);
+    QVERIFY(project->db());
+    QVERIFY(node->childCount() > 1);
 }
 
 void tst_KAFileSystemBrowserCtrl::createFolder_data()

@@ -288,6 +288,18 @@ void tst_RVFileSystemBrowserCtrl::folderListingFillsEveryProject()
     QCOMPARE(notes->data()->type(), KAObjectTypeWinFolder);
     QCOMPARE(notes->childCount(), 1);
     QCOMPARE(notes->firstChild()->data()->type(), KAObjectTypeFake);
+
+    // Closed by the host, a project folds back to a placeholder: nothing
+    // is left pointing into its database, and expanding reads it again.
+    Node* alphaNode = childNamed(root, QStringLiteral("Alpha"));
+    QVERIFY(ProjectMgrInterface::returnMe()->closeProject(project(QStringLiteral("Alpha"))));
+    QCOMPARE(alphaNode->childCount(), 1);
+    QCOMPARE(alphaNode->firstChild()->data()->type(), KAObjectTypeFake);
+    QCOMPARE(childNames(childNamed(root, QStringLiteral("Beta"))), QStringList({QStringLiteral("B1")}));
+    static_cast<KAAbstractBrowserCtrl&>(ctrl).fillNodeOnExpand(alphaNode);
+    analyses = childNames(alphaNode);
+    analyses.sort();
+    QCOMPARE(analyses, QStringList({QStringLiteral("A1"), QStringLiteral("A2")}));
 }
 
 void tst_RVFileSystemBrowserCtrl::placeholderProjectNodeIsFilled()

@@ -19,6 +19,7 @@
 #include "tdescriptioncollector.h"
 #include "texternalprocess.h"
 #include "ttree.h"
+#include "ttreeiterator.h"
 #include "twaitmode.h"
 
 #include <QDir>
@@ -35,6 +36,7 @@ KAFileSystemBrowserCtrl::KAFileSystemBrowserCtrl(const QString& name)
 KAFileSystemBrowserCtrl::~KAFileSystemBrowserCtrl()
 {
     ApplicationInterface::returnMe()->aliasFolderMgr()->unregisterObserver(this);
+    ProjectMgrInterface::returnMe()->unregisterObserver(this);
     delete m_mediator;
     m_mediator = nullptr;
     if (m_view) {
@@ -59,6 +61,7 @@ void KAFileSystemBrowserCtrl::init(KAProjectBrowserFilterPackage* filter, const 
     m_manager = new KAFileSystemBrowserMgr(this);
     m_manager->init();
     ApplicationInterface::returnMe()->aliasFolderMgr()->registerObserver(this);
+    ProjectMgrInterface::returnMe()->registerObserver(this);
 }
 
 QWidget* KAFileSystemBrowserCtrl::initView(QWidget* parent)
@@ -248,6 +251,53 @@ void KAFileSystemBrowserCtrl::refreshCurrentView(bool)
         addRootItems();
     if (m_mediator)
         m_mediator->treeRebuilt();
+}
+
+void KAFileSystemBrowserCtrl::projectClosed(const KAObject2Project* project)
+{
+    if (!project)
+        return;
+    if (m_mediator)
+        m_mediator->projectClosed(project);
+    // Every node of the project in the tree; a project may be listed under
+    // several folders.
+    QList<Node*> nodes;
+    for (TTreeIterator<KAObject2*> it(getTree(), 0); *it; ++it) {
+        if ((*it)->data() == project)
+            nodes.append(*it);
+    }
+    for (Node* node : qAsConst(nodes))
+        foldProjectNode(node);
+}
+
+// The project's controller owns the node: a new controller, not reading
+// its project, takes the old one's place under the same parent.
+void KAFileSystemBrowserCtrl::foldProjectNode(Node* node)
+{
+    Node* parent = node->parent();
+    const auto* project = static_cast<const KAObject2Project*>(node->data());
+    KAAbstractBrowserCtrl* owner = nullptr;
+    for (KAAbstractBrowserCtrl* ctrl : m_projectCtrls.values() + m_displacedCtrls) {
+        if (ctrl->getTree() == node)
+            owner = ctrl;
+    }
+    if (!owner || !parent || !m_filter)
+        return;
+    deleteNode(node);
+    if (m_projectCtrls.value(project) == owner)
+        m_projectCtrls.remove(project);
+    m_displacedCtrls.removeAll(owner);
+    if (auto* projectCtrl = dynamic_cast<KAProjectBrowserCtrl*>(owner))
+        projectCtrl->saveTree();
+    node->detach();
+    delete owner;
+    auto* fresh = new KAProjectBrowserCtrl;
+    fresh->init(m_filter, project, false);
+    addCtrl(project, fresh);
+    Node* tree = fresh->getTree();
+    tree->attachTo(parent);
+    tree->setOwnsData(false);
+    refreshNode(parent);
 }
 
 void KAFileSystemBrowserCtrl::aliasListChanged()

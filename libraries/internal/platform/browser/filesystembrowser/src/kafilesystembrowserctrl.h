@@ -4,6 +4,7 @@
 #include "kaaliasfoldermgrobserver.h"
 #include "kabrowser_export.h"
 #include "kaobjecttype.h"
+#include "tprojectmgrobserver.h"
 
 #include <QList>
 #include <QMap>
@@ -24,7 +25,10 @@ class TProcessProgressInterface;
 // Controller of the file-system explorer: the Computer tree, its view, the
 // background search over all projects, and one project controller per
 // project folder whose content unfolds in the tree.
-class KABROWSER_EXPORT KAFileSystemBrowserCtrl : public QObject, public KAAbstractBrowserCtrl, public KAAliasFolderMgrObserver
+class KABROWSER_EXPORT KAFileSystemBrowserCtrl : public QObject,
+                                                 public KAAbstractBrowserCtrl,
+                                                 public KAAliasFolderMgrObserver,
+                                                 public TProjectMgrObserver
 {
     Q_OBJECT
 public:
@@ -68,6 +72,9 @@ public:
     void refreshProjects(QList<const KAObject2Project*> projects);
 
     void aliasListChanged() override;
+    // The project's database goes once this returns: its nodes fold back
+    // to a project waiting to be read, and a search that used it ends.
+    void projectClosed(const KAObject2Project* project) override;
 
     const KAObject2* getSelectedObject() const;
     QList<const KAObject2*> getSelectedObjects() const;
@@ -91,6 +98,11 @@ public:
 
 private slots:
     void slotSearchTimeout();
+
+protected:
+    // Folds a project node back: its content goes, a placeholder waits for
+    // the next expansion. The node stays where it is.
+    virtual void foldProjectNode(Node* node);
 
 private:
     void addRootItems();

@@ -201,6 +201,17 @@ void KAFileSystemBrowserSearchMediator::cancel(bool resetView)
     }
 }
 
+void KAFileSystemBrowserSearchMediator::projectClosed(const KAObject2Project* project)
+{
+    const ulong key = ulong(project);
+    if (!m_opened.contains(key) && !(m_openAllThread && m_openAllThread->isRunning()))
+        return;
+    // Workers and the open-all job stop first; the controllers it had made
+    // are delivered by then.
+    cancel(true);
+    delete m_opened.take(key);
+}
+
 bool KAFileSystemBrowserSearchMediator::isFinished() const
 {
     // Loading lasts from the job's start, queued or running, to its

@@ -12,6 +12,7 @@
 template <typename T> class TTree;
 class KAAbstractBrowserCtrl;
 class KAFileSystemBrowserCtrl;
+class KAObject2Project;
 class KAFileSystemBrowserFilterPackage;
 class KAFileSystemBrowserOpenAllThread;
 class KAFileSystemBrowserSearchThread;
@@ -50,6 +51,9 @@ public:
     int currentSearch() const { return m_currentSearch; }
     const QString& text() const { return m_text; }
     QList<KAAbstractBrowserCtrl*> openedControllers() const { return m_opened.values(); }
+    // The project is closing: its controller goes, and so does a search
+    // that could still use it or show its objects.
+    void projectClosed(const KAObject2Project* project);
     int queuedResults() const { return m_queue.size(); }
     // Nothing more will arrive for the current search: no project left to
     // open or search, no result waiting (posted events delivered first).

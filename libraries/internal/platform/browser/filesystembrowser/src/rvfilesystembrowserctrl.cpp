@@ -162,6 +162,16 @@ bool RVFileSystemBrowserCtrl::fillProjectNode(Node* node)
     return true;
 }
 
+void RVFileSystemBrowserCtrl::foldProjectNode(Node* node)
+{
+    while (Node* child = node->firstChild())
+        delete child;
+    auto* placeholder = new Node(node, -1);
+    placeholder->setData(new KAObject2Fake(KAObjectTypeProject));
+    placeholder->setOwnsData(true);
+    refreshNode(node);
+}
+
 void RVFileSystemBrowserCtrl::fillTree(Node* node)
 {
     fillProjectNode(node);

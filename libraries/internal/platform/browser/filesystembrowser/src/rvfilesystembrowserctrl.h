@@ -37,6 +37,10 @@ public:
 
     QList<Node*> createProjectNodes(const QList<QFileInfo>& folders) override;
 
+protected:
+    // The content goes; a placeholder fills the node again when expanded.
+    void foldProjectNode(Node* node) override;
+
 private:
     void fillTree(Node* node) override;
     void fillNodeOnExpand(Node* node) override;
