@@ -8,6 +8,7 @@
 #include "kaprojectbrowsertreewidget.h"
 #include "katreewidgetitem.h"
 #include "projectmgrinterface.h"
+#include "projecttreehelpers.h"
 #include "tcompoundabstract.h"
 #include "tdatabase.h"
 #include "testfixture.h"
@@ -20,23 +21,8 @@
 namespace {
 
 using Node = TTree<KAObject2*>;
-
-QStringList childNames(const Node* parent)
-{
-    QStringList names;
-    for (const Node* c = parent ? parent->firstChild() : nullptr; c; c = c->nextSibling())
-        names.append(c->data() ? c->data()->name() : QStringLiteral("<null>"));
-    return names;
-}
-
-Node* childNamed(const Node* parent, const QString& name)
-{
-    for (Node* c = parent ? parent->firstChild() : nullptr; c; c = c->nextSibling()) {
-        if (c->data() && c->data()->name() == name)
-            return c;
-    }
-    return nullptr;
-}
+using TreeTest::childNames;
+using TreeTest::childNamed;
 
 QStringList namesOf(const QVector<KAObject2*>& objects)
 {

@@ -32,6 +32,29 @@ inline QStringList childNames(const Node* parent)
     return names;
 }
 
+// The direct child whose payload has that name, or null.
+inline Node* childNamed(const Node* parent, const QString& name)
+{
+    for (Node* c : childNodes(parent)) {
+        if (c->data() && c->data()->name() == name)
+            return c;
+    }
+    return nullptr;
+}
+
+// The node carries nothing but a placeholder (children not built yet).
+inline bool carriesPlaceholder(const Node* node)
+{
+    return node && node->childCount() == 1 && node->firstChild()->data()
+        && node->firstChild()->data()->type() == KAObjectTypeFake;
+}
+
+inline QStringList sorted(QStringList list)
+{
+    list.sort();
+    return list;
+}
+
 // Every node of the subtree (start included), depth-first, whose payload is
 // of that kind.
 inline QList<Node*> nodesOfType(Node* start, qint32 type)

@@ -1,5 +1,8 @@
 #include "testfixture.h"
 
+#include "applicationinterface.h"
+#include "kaaliasfolderinterface.h"
+#include "kaaliasfoldermgr.h"
 #include "kaobject2project.h"
 #include "projectmgrinterface.h"
 
@@ -70,4 +73,11 @@ bool TestFixture::reopen(const KAObject2Project* project)
 void kaInitTestEnvironment()
 {
     QStandardPaths::setTestModeEnabled(true);
+}
+
+void kaClearAliases()
+{
+    KAAliasFolderMgr* aliases = ApplicationInterface::returnMe()->aliasFolderMgr();
+    for (const KAAliasFolderInterface* alias : aliases->aliasList())
+        aliases->removeAlias(alias->name());
 }

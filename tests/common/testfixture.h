@@ -48,3 +48,6 @@ private:
 
 // Call once in initTestCase(): isolates QStandardPaths.
 void kaInitTestEnvironment();
+
+// Removes every alias folder of the host's alias manager.
+void kaClearAliases();

@@ -4,6 +4,7 @@
 #include "kaobject2file.h"
 #include "kaprojectbrowserabstract.h"
 #include "projectmgrinterface.h"
+#include "projecttreehelpers.h"
 #include "testfixture.h"
 #include "ttree.h"
 
@@ -27,39 +28,16 @@
 namespace {
 
 using Node = TTree<KAObject2*>;
+using TreeTest::childNodes;
+using TreeTest::childNamed;
+using TreeTest::carriesPlaceholder;
 
 const char ChildSwitch[] = "--list-as-child";
 
-QList<Node*> childNodes(const Node* parent)
-{
-    QList<Node*> result;
-    for (Node* c = parent ? parent->firstChild() : nullptr; c; c = c->nextSibling())
-        result.append(c);
-    return result;
-}
-
+// Sorted: a listing comes in the system's order.
 QStringList childNames(const Node* parent)
 {
-    QStringList names;
-    for (const Node* c : childNodes(parent))
-        names << (c->data() ? c->data()->name() : QStringLiteral("<null>"));
-    names.sort();
-    return names;
-}
-
-Node* childNamed(const Node* parent, const QString& name)
-{
-    for (Node* c : childNodes(parent)) {
-        if (c->data() && c->data()->name() == name)
-            return c;
-    }
-    return nullptr;
-}
-
-bool carriesPlaceholder(const Node* node)
-{
-    return node && node->childCount() == 1 && node->firstChild()->data()
-        && node->firstChild()->data()->type() == KAObjectTypeFake;
+    return TreeTest::sorted(TreeTest::childNames(parent));
 }
 
 int countNodes(const Node* node)

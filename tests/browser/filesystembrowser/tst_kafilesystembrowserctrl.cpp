@@ -12,6 +12,7 @@
 #include "kaprojectbrowserabstract.h"
 #include "katreewidgetitem.h"
 #include "projectmgrinterface.h"
+#include "projecttreehelpers.h"
 #include "tdatabase.h"
 #include "testfixture.h"
 #include "texternalprocess.h"
@@ -30,21 +31,8 @@
 namespace {
 
 using Node = TTree<KAObject2*>;
-
-Node* childNamed(const Node* parent, const QString& name)
-{
-    for (Node* c = parent ? parent->firstChild() : nullptr; c; c = c->nextSibling()) {
-        if (c->data() && c->data()->name() == name)
-            return c;
-    }
-    return nullptr;
-}
-
-bool carriesPlaceholder(const Node* node)
-{
-    return node && node->childCount() == 1 && node->firstChild()->data()
-        && node->firstChild()->data()->type() == KAObjectTypeFake;
-}
+using TreeTest::childNamed;
+using TreeTest::carriesPlaceholder;
 
 // One line per node: depth, name, expanded flag and child count.
 QStringList snapshot(const Node* node, int depth = 0)
@@ -128,13 +116,6 @@ public:
     int clears = 0;
 };
 
-void clearAliases()
-{
-    KAAliasFolderMgr* aliases = ApplicationInterface::returnMe()->aliasFolderMgr();
-    for (const KAAliasFolderInterface* alias : aliases->aliasList())
-        aliases->removeAlias(alias->name());
-}
-
 } // namespace
 
 // The controller: expand state per name, paths, observers, the deferred
@@ -189,7 +170,7 @@ void tst_KAFileSystemBrowserCtrl::init()
     m_filter = std::make_unique<KAFileSystemBrowserFilterPackage>();
     m_parent = std::make_unique<QWidget>();
     QFile::remove(KAProjectBrowserAbstract::treeStatePath());
-    clearAliases();
+    kaClearAliases();
     ProjectMgrInterface::returnMe()->setWorkspaceFolders({});
     m_opened.clear();
     TExternalProcess::setOpener([this](const QUrl& url) {
@@ -204,7 +185,7 @@ void tst_KAFileSystemBrowserCtrl::cleanup()
     m_parent.reset();
     m_filter.reset();
     TExternalProcess::setOpener({});
-    clearAliases();
+    kaClearAliases();
     ProjectMgrInterface::returnMe()->setWorkspaceFolders({});
     m_fixture.reset();
 }

@@ -12,6 +12,7 @@
 #include "kaprojectbrowserabstract.h"
 #include "katreewidgetitem.h"
 #include "projectmgrinterface.h"
+#include "projecttreehelpers.h"
 #include "testfixture.h"
 #include "ttree.h"
 
@@ -28,44 +29,11 @@
 namespace {
 
 using Node = TTree<KAObject2*>;
-
-QList<Node*> childNodes(const Node* parent)
-{
-    QList<Node*> result;
-    for (Node* c = parent ? parent->firstChild() : nullptr; c; c = c->nextSibling())
-        result.append(c);
-    return result;
-}
-
-QStringList childNames(const Node* parent)
-{
-    QStringList names;
-    for (const Node* c : childNodes(parent))
-        names.append(c->data() ? c->data()->name() : QStringLiteral("<null>"));
-    return names;
-}
-
-QStringList sorted(QStringList list)
-{
-    list.sort();
-    return list;
-}
-
-Node* childNamed(const Node* parent, const QString& name)
-{
-    for (Node* c : childNodes(parent)) {
-        if (c->data() && c->data()->name() == name)
-            return c;
-    }
-    return nullptr;
-}
-
-// The node carries nothing but the placeholder of a folder not listed yet.
-bool carriesPlaceholder(const Node* node)
-{
-    return node->childCount() == 1 && node->firstChild()->data()
-        && node->firstChild()->data()->type() == KAObjectTypeFake;
-}
+using TreeTest::childNodes;
+using TreeTest::childNames;
+using TreeTest::sorted;
+using TreeTest::childNamed;
+using TreeTest::carriesPlaceholder;
 
 bool touch(const QString& path)
 {
@@ -84,13 +52,6 @@ public:
 private:
     int* m_deletions; // not owned
 };
-
-void clearAliases()
-{
-    KAAliasFolderMgr* aliases = ApplicationInterface::returnMe()->aliasFolderMgr();
-    for (const KAAliasFolderInterface* alias : aliases->aliasList())
-        aliases->removeAlias(alias->name());
-}
 
 } // namespace
 
@@ -144,7 +105,7 @@ void tst_KAFileSystemBrowserMgr::init()
     m_fixture = std::make_unique<TestFixture>();
     m_filter = std::make_unique<KAFileSystemBrowserFilterPackage>();
     QFile::remove(KAProjectBrowserAbstract::treeStatePath());
-    clearAliases();
+    kaClearAliases();
     ProjectMgrInterface::returnMe()->setWorkspaceFolders({});
 }
 
@@ -153,7 +114,7 @@ void tst_KAFileSystemBrowserMgr::cleanup()
     m_ctrl.reset();
     m_parent.reset();
     m_filter.reset();
-    clearAliases();
+    kaClearAliases();
     ProjectMgrInterface::returnMe()->setWorkspaceFolders({});
     m_fixture.reset();
 }

@@ -4,6 +4,7 @@
 #include "kaobject2peakdetect.h"
 #include "kaobject2project.h"
 #include "projectmgrinterface.h"
+#include "projecttreehelpers.h"
 #include "rvfilesystembrowserctrl.h"
 #include "tdatabase.h"
 #include "testfixture.h"
@@ -19,24 +20,9 @@
 namespace {
 
 using Node = TTree<KAObject2*>;
+using TreeTest::childNames;
+using TreeTest::childNamed;
 using TechDB::TDatabase;
-
-QStringList childNames(const Node* parent)
-{
-    QStringList names;
-    for (const Node* c = parent ? parent->firstChild() : nullptr; c; c = c->nextSibling())
-        names.append(c->data() ? c->data()->name() : QStringLiteral("<null>"));
-    return names;
-}
-
-Node* childNamed(const Node* parent, const QString& name)
-{
-    for (Node* c = parent ? parent->firstChild() : nullptr; c; c = c->nextSibling()) {
-        if (c->data() && c->data()->name() == name)
-            return c;
-    }
-    return nullptr;
-}
 
 // "Project: analysis: detection, detection; analysis: ..." for comparing a
 // whole content tree at once.
