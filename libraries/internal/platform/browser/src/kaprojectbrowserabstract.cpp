@@ -404,3 +404,16 @@ bool KAProjectBrowserAbstract::moveItem(const QList<const KAObject2*>&, Node*, Q
 {
     return false;
 }
+
+bool KAProjectBrowserAbstract::isPlaceholder(const Node* node)
+{
+    return node && node->data() && node->data()->type() == KAObjectTypeFake;
+}
+
+KAProjectBrowserAbstract::Node* KAProjectBrowserAbstract::addReference(Node* parent, const KAObject2* object)
+{
+    auto* node = new Node(parent, -1);
+    node->setData(const_cast<KAObject2*>(object));
+    node->setOwnsData(false);
+    return node;
+}

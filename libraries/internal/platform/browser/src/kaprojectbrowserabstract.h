@@ -51,6 +51,10 @@ public:
     // a message, as file managers refuse it.
     static bool checkFolderName(const QString& name);
     static QString treeStatePath();
+    // A node holding a placeholder, the mark of children not built yet.
+    static bool isPlaceholder(const Node* node);
+    // A new last-built child holding a database object without owning it.
+    static Node* addReference(Node* parent, const KAObject2* object);
 
 protected:
     QDomElement encodeNodeState(Node* node);

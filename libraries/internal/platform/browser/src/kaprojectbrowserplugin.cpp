@@ -1,5 +1,6 @@
 #include "kaprojectbrowserplugin.h"
 
+#include "kaobject2.h"
 #include "ttree.h"
 
 #include <QAction>

@@ -7,6 +7,7 @@
 #include "kaprojectbrowserctrl.h"
 #include "kaprojectbrowsermgr.h"
 #include "katreewidgetitem.h"
+#include "katreewidgetitembranch.h"
 #include "tcompoundabstract.h"
 #include "tdatabase.h"
 #include "tpixmapcache.h"
@@ -16,36 +17,6 @@
 #include <QSet>
 
 namespace {
-
-// The branch sorts after the saved searches and the external folders.
-class BranchItem : public KATreeWidgetItem
-{
-public:
-    BranchItem(QTreeWidget* view, const KAObject2* object)
-        : KATreeWidgetItem(view, object)
-    {
-        updateSortKey();
-    }
-    BranchItem(QTreeWidgetItem* parentItem, const KAObject2* object)
-        : KATreeWidgetItem(parentItem, object)
-    {
-        updateSortKey();
-    }
-    QString sortKey() const override { return QStringLiteral("z2"); }
-};
-
-bool isPlaceholder(const TTree<KAObject2*>* node)
-{
-    return node && node->data() && node->data()->type() == KAObjectTypeFake;
-}
-
-TTree<KAObject2*>* newNode(TTree<KAObject2*>* parent, const KAObject2* object)
-{
-    auto* node = new TTree<KAObject2*>(parent, -1);
-    node->setData(const_cast<KAObject2*>(object));
-    node->setOwnsData(false);
-    return node;
-}
 
 bool isWithin(const TTree<KAObject2*>* node, const TTree<KAObject2*>* ancestor)
 {
@@ -124,7 +95,7 @@ void KAProjectBrowserPluginCompound::rebuild()
         const QList<const KAObject2*> lists = m_db->getObjectLst(KAObjectTypeCompoundList);
         // A new child goes first: last to first keeps the database order.
         for (int l = lists.size() - 1; l >= 0; --l) {
-            Node* list = newNode(root, lists.at(l));
+            Node* list = addReference(root, lists.at(l));
             const QVector<KAObject2*>& compounds = lists.at(l)->children();
             for (int c = compounds.size() - 1; c >= 0; --c) {
                 if (compounds.at(c)->type() == KAObjectTypeCompound)
@@ -140,7 +111,7 @@ void KAProjectBrowserPluginCompound::rebuild()
 // to a project opened in the meantime.
 void KAProjectBrowserPluginCompound::addCompound(Node* list, const KAObject2* compound)
 {
-    Node* node = newNode(list, compound);
+    Node* node = addReference(list, compound);
     if (hasDetections(static_cast<const TCompoundAbstract*>(compound))) {
         auto* placeholder = new Node(node, -1);
         placeholder->setData(new KAObject2Fake(KAObjectTypeCompound));
@@ -162,7 +133,7 @@ bool KAProjectBrowserPluginCompound::fillNodeOnExpand(Node* node)
             shown.append(peakDetect);
     }
     for (int i = shown.size() - 1; i >= 0; --i) {
-        newNode(node, shown.at(i));
+        addReference(node, shown.at(i));
         watchDatabaseOf(shown.at(i));
     }
     return true;
@@ -277,7 +248,8 @@ KATreeWidgetItem* KAProjectBrowserPluginCompound::createItem(const KAObject2* ob
 {
     if (!object || object->type() != KAObjectTypeCompoundBranch)
         return nullptr;
-    KATreeWidgetItem* item = parentItem ? new BranchItem(parentItem, object) : new BranchItem(view, object);
+    // After the saved searches and the external folders.
+    KATreeWidgetItem* item = KATreeWidgetItemBranch::make(object, parentItem, view, QStringLiteral("z2"));
     item->setIcon(KATreeWidgetItem::NameColumn, QIcon(TPixmapCache::find("compound_list")));
     return item;
 }

@@ -7,6 +7,7 @@
 #include "kaprojectbrowsermgr.h"
 #include "kasessionfile.h"
 #include "katreewidgetitem.h"
+#include "katreewidgetitembranch.h"
 #include "messageloggerinterface.h"
 #include "tapplicationdata.h"
 #include "tdatabase.h"
@@ -24,27 +25,7 @@
 namespace {
 const QString ListTag = QStringLiteral("externalFolders");
 
-// The branch sorts after the project and after the saved searches ("z").
-class BranchItem : public KATreeWidgetItem
-{
-public:
-    BranchItem(QTreeWidget* view, const KAObject2* object)
-        : KATreeWidgetItem(view, object)
-    {
-        updateSortKey();
-    }
-    BranchItem(QTreeWidgetItem* parentItem, const KAObject2* object)
-        : KATreeWidgetItem(parentItem, object)
-    {
-        updateSortKey();
-    }
-    QString sortKey() const override { return QStringLiteral("z1"); }
-};
 
-bool isPlaceholder(const TTree<KAObject2*>* node)
-{
-    return node && node->data() && node->data()->type() == KAObjectTypeFake;
-}
 } // namespace
 
 KAProjectBrowserPluginFiles::KAProjectBrowserPluginFiles(KAProjectBrowserCtrl* ctrl)
@@ -228,7 +209,8 @@ KATreeWidgetItem* KAProjectBrowserPluginFiles::createItem(const KAObject2* objec
         return nullptr;
     KATreeWidgetItem* item = nullptr;
     if (file->isBranch())
-        item = parentItem ? static_cast<KATreeWidgetItem*>(new BranchItem(parentItem, object)) : new BranchItem(view, object);
+        // After the project and after the saved searches ("z").
+        item = KATreeWidgetItemBranch::make(object, parentItem, view, QStringLiteral("z1"));
     else
         item = parentItem ? new KATreeWidgetItem(parentItem, object) : new KATreeWidgetItem(view, object);
     const char* icon = file->isBranch() ? "external_folder" : file->isDir() ? "folder" : "file";

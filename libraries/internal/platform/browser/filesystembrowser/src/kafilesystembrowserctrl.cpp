@@ -449,8 +449,7 @@ bool KAFileSystemBrowserCtrl::expandPath(const QString& path, bool select)
         if (!child->isExpanded() && !firstCollapsed)
             firstCollapsed = child;
         child->setExpanded(true);
-        if (child->childCount() == 1 && child->firstChild()->data()
-            && child->firstChild()->data()->type() == KAObjectTypeFake)
+        if (child->childCount() == 1 && KAProjectBrowserAbstract::isPlaceholder(child->firstChild()))
             fillNodeOnExpand(child);
         current = child;
     }

@@ -6,6 +6,7 @@
 #include "kaobject2peakdetect.h"
 #include "kaobject2project.h"
 #include "kaobject2signal.h"
+#include "kaprojectbrowserabstract.h"
 #include "projectmgrinterface.h"
 #include "tcompoundabstract.h"
 #include "tdatabase.h"
@@ -14,25 +15,6 @@
 
 #include <QFileInfo>
 #include <QSet>
-
-namespace {
-
-bool isPlaceholder(const TTree<KAObject2*>* node)
-{
-    return node && node->data() && node->data()->type() == KAObjectTypeFake;
-}
-
-// A new node holding the object without owning it, as the parent's last
-// child (a new child goes first: the callers add children last to first).
-TTree<KAObject2*>* newNode(TTree<KAObject2*>* parent, const KAObject2* object)
-{
-    auto* node = new TTree<KAObject2*>(parent, -1);
-    node->setData(const_cast<KAObject2*>(object));
-    node->setOwnsData(false);
-    return node;
-}
-
-} // namespace
 
 RVFileSystemBrowserCtrl::RVFileSystemBrowserCtrl(const QString& name)
     : KAFileSystemBrowserCtrl(name)
@@ -86,10 +68,10 @@ QMap<const KAObject2Project*, RVFileSystemBrowserCtrl::Node*> RVFileSystemBrowse
         root->setOwnsData(false);
         root->setData(const_cast<KAObject2Project*>(project));
         for (int a = list.size() - 1; a >= 0; --a) {
-            Node* analysisNode = newNode(root, list.at(a));
+            Node* analysisNode = KAProjectBrowserAbstract::addReference(root, list.at(a));
             const QList<const KAObject2PeakDetect*> detections = peakDetects.value(list.at(a));
             for (int p = detections.size() - 1; p >= 0; --p)
-                newNode(analysisNode, detections.at(p));
+                KAProjectBrowserAbstract::addReference(analysisNode, detections.at(p));
         }
         trees.insert(project, root);
     }
@@ -140,7 +122,7 @@ QList<RVFileSystemBrowserCtrl::Node*> RVFileSystemBrowserCtrl::createProjectNode
 bool RVFileSystemBrowserCtrl::fillProjectNode(Node* node)
 {
     if (!node || !node->data() || node->data()->type() != KAObjectTypeProject || node->childCount() != 1
-        || !isPlaceholder(node->firstChild()))
+        || !KAProjectBrowserAbstract::isPlaceholder(node->firstChild()))
         return false;
     delete node->firstChild();
     const auto* project = static_cast<const KAObject2Project*>(node->data());
