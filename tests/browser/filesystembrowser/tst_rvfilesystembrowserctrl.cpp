@@ -34,6 +34,21 @@ QString describe(const Node* root)
     return root->data()->name() + QStringLiteral(" | ") + analyses.join(QStringLiteral("; "));
 }
 
+// The content of a batch, collected once as the variant collects it.
+struct Content {
+    explicit Content(const QList<const KAObject2Project*>& projects)
+        : batch(projects)
+    {
+        ctrl.getProjectsContent(batch, analyses, peakDetects);
+    }
+    QMap<const KAObject2Project*, Node*> trees() { return ctrl.createTreeView(batch, analyses, peakDetects); }
+
+    RVFileSystemBrowserCtrl ctrl{QString()};
+    QList<const KAObject2Project*> batch;
+    RVFileSystemBrowserCtrl::AnalysisMap analyses;
+    RVFileSystemBrowserCtrl::PeakDetectMap peakDetects;
+};
+
 // Writes a project by hand. analyses: name -> detection names (one signal
 // each); compounds: name -> detection names, where "Other/name" names a
 // detection of the project already written under "Other".
@@ -169,12 +184,10 @@ QList<const KAObject2Project*> tst_RVFileSystemBrowserCtrl::projects(const QStri
 
 void tst_RVFileSystemBrowserCtrl::contentOfBatch()
 {
-    RVFileSystemBrowserCtrl ctrl{QString()};
-    RVFileSystemBrowserCtrl::AnalysisMap analyses;
-    RVFileSystemBrowserCtrl::PeakDetectMap peakDetects;
-    const QList<const KAObject2Project*> batch = projects({QStringLiteral("Alpha"), QStringLiteral("Beta"),
-                                                            QStringLiteral("Gamma")});
-    ctrl.getProjectsContent(batch, analyses, peakDetects);
+    Content content(projects({QStringLiteral("Alpha"), QStringLiteral("Beta"), QStringLiteral("Gamma")}));
+    const QList<const KAObject2Project*>& batch = content.batch;
+    const RVFileSystemBrowserCtrl::AnalysisMap& analyses = content.analyses;
+    const RVFileSystemBrowserCtrl::PeakDetectMap& peakDetects = content.peakDetects;
 
     // Alpha's analyses in the order the compounds reach them; A3 only
     // through Beta's compound, yet under Alpha.
@@ -201,13 +214,9 @@ void tst_RVFileSystemBrowserCtrl::contentOfBatch()
 
 void tst_RVFileSystemBrowserCtrl::contentTreesFollowMapOrder()
 {
-    RVFileSystemBrowserCtrl ctrl{QString()};
-    RVFileSystemBrowserCtrl::AnalysisMap analyses;
-    RVFileSystemBrowserCtrl::PeakDetectMap peakDetects;
-    const QList<const KAObject2Project*> batch = projects({QStringLiteral("Alpha"), QStringLiteral("Beta"),
-                                                            QStringLiteral("Gamma")});
-    ctrl.getProjectsContent(batch, analyses, peakDetects);
-    const QMap<const KAObject2Project*, Node*> trees = ctrl.createTreeView(batch, analyses, peakDetects);
+    Content content(projects({QStringLiteral("Alpha"), QStringLiteral("Beta"), QStringLiteral("Gamma")}));
+    const QList<const KAObject2Project*>& batch = content.batch;
+    const QMap<const KAObject2Project*, Node*> trees = content.trees();
     QCOMPARE(trees.size(), 2);
     std::unique_ptr<Node> alpha(trees.value(batch.at(0)));
     std::unique_ptr<Node> beta(trees.value(batch.at(1)));
@@ -222,28 +231,20 @@ void tst_RVFileSystemBrowserCtrl::contentTreesFollowMapOrder()
 
 void tst_RVFileSystemBrowserCtrl::onlyWorkDetectionsGiveNoTree()
 {
-    RVFileSystemBrowserCtrl ctrl{QString()};
-    RVFileSystemBrowserCtrl::AnalysisMap analyses;
-    RVFileSystemBrowserCtrl::PeakDetectMap peakDetects;
-    const QList<const KAObject2Project*> batch = projects({QStringLiteral("Gamma")});
-    ctrl.getProjectsContent(batch, analyses, peakDetects);
-    QVERIFY(analyses.isEmpty());
-    QVERIFY(peakDetects.isEmpty());
-    QVERIFY(ctrl.createTreeView(batch, analyses, peakDetects).isEmpty());
+    Content content(projects({QStringLiteral("Gamma")}));
+    QVERIFY(content.analyses.isEmpty());
+    QVERIFY(content.peakDetects.isEmpty());
+    QVERIFY(content.trees().isEmpty());
 }
 
 // Outside the batch, Alpha stays closed: Beta's entries into it lead
 // nowhere, and nothing of Alpha appears.
 void tst_RVFileSystemBrowserCtrl::entriesIntoProjectsOutsideTheBatchAreSkipped()
 {
-    RVFileSystemBrowserCtrl ctrl{QString()};
-    RVFileSystemBrowserCtrl::AnalysisMap analyses;
-    RVFileSystemBrowserCtrl::PeakDetectMap peakDetects;
-    const QList<const KAObject2Project*> batch = projects({QStringLiteral("Beta")});
-    ctrl.getProjectsContent(batch, analyses, peakDetects);
-    QCOMPARE(analyses.size(), 1);
-    QCOMPARE(peakDetects.size(), 1);
-    const QMap<const KAObject2Project*, Node*> trees = ctrl.createTreeView(batch, analyses, peakDetects);
+    Content content(projects({QStringLiteral("Beta")}));
+    QCOMPARE(content.analyses.size(), 1);
+    QCOMPARE(content.peakDetects.size(), 1);
+    const QMap<const KAObject2Project*, Node*> trees = content.trees();
     QCOMPARE(trees.size(), 1);
     std::unique_ptr<Node> tree(trees.first());
     QCOMPARE(describe(tree.get()), QStringLiteral("Beta | B1: d"));
@@ -311,10 +312,7 @@ void tst_RVFileSystemBrowserCtrl::closedProjectsAreOpenedToBeRead()
 {
     const QList<const KAObject2Project*> batch = projects({QStringLiteral("Alpha"), QStringLiteral("Beta")});
     QVERIFY(!batch.at(0)->db() && !batch.at(1)->db());
-    RVFileSystemBrowserCtrl ctrl{QString()};
-    RVFileSystemBrowserCtrl::AnalysisMap analyses;
-    RVFileSystemBrowserCtrl::PeakDetectMap peakDetects;
-    ctrl.getProjectsContent(batch, analyses, peakDetects);
+    Content content(batch);
     QVERIFY(batch.at(0)->db() && batch.at(1)->db());
     // Opened silently: the current project stays as it was.
     QCOMPARE(ProjectMgrInterface::returnMe()->currentProject(), nullptr);
