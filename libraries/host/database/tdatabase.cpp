@@ -364,8 +364,7 @@ bool TDatabase::compoundAddPeakDetect(const TCompoundAbstract* compound, const K
         if (!TDatabaseSchema::ensureCompoundTable(db, error))
             return false;
         QSqlQuery query(db);
-        if (!query.prepare(QStringLiteral(
-                "INSERT INTO compound_peaks (compound, position, project, peakdetect) VALUES (?, ?, ?, ?)"))) {
+        if (!query.prepare(TDatabaseSchema::insertCompoundEntry())) {
             *error = query.lastError();
             return false;
         }
@@ -415,7 +414,7 @@ bool TDatabase::compoundRemovePeakDetect(const TCompoundAbstract* compound, cons
     return true;
 }
 
-bool TDatabase::touchesCompounds(const QList<const KAObject2*>& objects) const
+bool TDatabase::touchesCompounds(const QList<const KAObject2*>& objects)
 {
     return std::any_of(objects.cbegin(), objects.cend(), [](const KAObject2* object) {
         const KAObjectType type = object->type();

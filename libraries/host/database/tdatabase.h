@@ -166,7 +166,7 @@ private:
     bool checkBatch(int line) const;
     void applyHeader(const TProjectHeader& header);
     QString relativeProjectPath(const QString& projectFolder) const;
-    bool touchesCompounds(const QList<const KAObject2*>& objects) const;
+    static bool touchesCompounds(const QList<const KAObject2*>& objects);
 
     KAObject2Project* m_project = nullptr; // not owned
     QString m_folder;

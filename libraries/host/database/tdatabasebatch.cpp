@@ -37,8 +37,7 @@ bool TDatabaseBatch::prepare(QString* error)
         && m_insertProperty.prepare(QStringLiteral(
             "INSERT OR REPLACE INTO properties (object, key, value, unit, comment) VALUES (?, ?, ?, ?, ?)"))
         && (!m_hasCompoundTable
-            || m_insertCompoundRef.prepare(QStringLiteral(
-                "INSERT INTO compound_peaks (compound, position, project, peakdetect) VALUES (?, ?, ?, ?)")));
+            || m_insertCompoundRef.prepare(TDatabaseSchema::insertCompoundEntry()));
     if (!ok && error)
         *error = TDatabaseSchema::queryError(m_insertObject.lastError().isValid() ? m_insertObject
                                              : m_insertLink.lastError().isValid() ? m_insertLink
@@ -144,8 +143,7 @@ bool TDatabaseBatch::addCompoundRef(const TDatabaseIndex& index, qint64 compound
                              .arg(QDir::toNativeSeparators(m_path), sqlError.text());
             return false;
         }
-        if (!m_insertCompoundRef.prepare(QStringLiteral(
-                "INSERT INTO compound_peaks (compound, position, project, peakdetect) VALUES (?, ?, ?, ?)"))) {
+        if (!m_insertCompoundRef.prepare(TDatabaseSchema::insertCompoundEntry())) {
             if (error)
                 *error = TDatabaseSchema::queryError(m_insertCompoundRef, m_path);
             return false;

@@ -232,6 +232,11 @@ QString TDatabaseSchema::compoundTable()
                           "PRIMARY KEY (compound, position))");
 }
 
+QString TDatabaseSchema::insertCompoundEntry()
+{
+    return QStringLiteral("INSERT INTO compound_peaks (compound, position, project, peakdetect) VALUES (?, ?, ?, ?)");
+}
+
 bool TDatabaseSchema::hasCompoundTable(const QSqlDatabase& connection)
 {
     QSqlQuery query(connection);

@@ -48,6 +48,8 @@ public:
                           QSqlError* error);
 
     static QString compoundTable();
+    // The statement that appends one entry to a compound's list.
+    static QString insertCompoundEntry();
 
     // A readable text for a failed query, naming the file.
     static QString queryError(const QSqlQuery& query, const QString& path);
