@@ -2,6 +2,7 @@
 
 #include "katreewidgetitem.h"
 
+#include <QEvent>
 #include <QHeaderView>
 #include <QVector>
 
@@ -176,6 +177,37 @@ void KATreeWidget::insertItems(QTreeWidgetItem* parent, QList<QTreeWidgetItem*> 
         target->insertChildren(at, items.mid(first, end - first));
         first = end;
     }
+}
+
+void KATreeWidget::setUpdatesEnabled(bool enable)
+{
+    QTreeWidget::setUpdatesEnabled(enable);
+    if (enable && m_layoutDeferred) {
+        m_layoutDeferred = false;
+        QTreeWidget::doItemsLayout();
+    }
+}
+
+void KATreeWidget::doItemsLayout()
+{
+    // Rows taken out clear the view's row list at once, so a layout put off
+    // never leaves it pointing at removed items: it only misses new ones,
+    // which nobody sees while updates are off.
+    if (!updatesEnabled()) {
+        m_layoutDeferred = true;
+        return;
+    }
+    m_layoutDeferred = false;
+    QTreeWidget::doItemsLayout();
+}
+
+bool KATreeWidget::viewportEvent(QEvent* event)
+{
+    if (event->type() == QEvent::Paint && m_layoutDeferred && updatesEnabled()) {
+        m_layoutDeferred = false;
+        QTreeWidget::doItemsLayout();
+    }
+    return QTreeWidget::viewportEvent(event);
 }
 
 void KATreeWidget::placeItem(QTreeWidgetItem* item)

@@ -47,9 +47,20 @@ public:
     // True when a goes before b in the widget's order.
     bool goesBefore(const QTreeWidgetItem* a, const QTreeWidgetItem* b) const;
 
+    // QWidget's, which it hides: while updates are off the rows are laid out
+    // once, when they come back, rather than after each insertion (a layout
+    // walks every shown row). Updates switched back on through QWidget
+    // itself get the layout at the next paint.
+    void setUpdatesEnabled(bool enable);
+    void doItemsLayout() override;
+
+protected:
+    bool viewportEvent(QEvent* event) override;
+
 private:
     QTreeWidgetItem* container(QTreeWidgetItem* parent) const;
     const QTreeWidgetItem* container(const QTreeWidgetItem* parent) const;
 
     bool m_sorting = false;
+    bool m_layoutDeferred = false;
 };
