@@ -73,6 +73,7 @@ QVector<TDirectoryListing::Entry> TDirectoryListing::list(const QString& folder,
     const int fd = dirfd(dir);
     const QByteArray marker = QFile::encodeName(markerFile);
     Patterns filter(patterns);
+    const QString prefix = path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/');
     QVector<Entry> entries;
     while (const dirent* d = readdir(dir)) {
         const char* name = d->d_name;
@@ -112,7 +113,7 @@ QVector<TDirectoryListing::Entry> TDirectoryListing::list(const QString& folder,
         const QString fileName = QFile::decodeName(name);
         if (isFile && (!files || !filter.matches(fileName)))
             continue;
-        entry.info = QFileInfo(childPath(path, fileName));
+        entry.info = QFileInfo(prefix + fileName);
         if (entry.isDir && !marker.isEmpty()) {
             const QByteArray inside = QByteArray(name) + '/' + marker;
             entry.holdsMarker = fstatat(fd, inside.constData(), &st, 0) == 0 && S_ISREG(st.st_mode);

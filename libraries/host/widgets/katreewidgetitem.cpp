@@ -9,6 +9,7 @@
 #include <QIcon>
 #include <QTreeWidget>
 
+#include <algorithm>
 #include <typeinfo>
 
 namespace {
@@ -24,6 +25,12 @@ QString foldForSort(const QString& name)
             stripped += c;
     }
     return stripped.toCaseFolded();
+}
+
+int digitOf(QChar c)
+{
+    const ushort u = c.unicode();
+    return u >= '0' && u <= '9' ? u - '0' : c.digitValue();
 }
 
 bool isAscii(const QString& text)
@@ -105,14 +112,18 @@ void KATreeWidgetItem::initFromObject()
 {
     if (!m_object)
         return;
-    setText(NameColumn, m_object->name());
-    if (const char* name = iconName(m_object)) {
-        const QIcon icon = iconFor(name);
-        if (!icon.isNull())
-            setIcon(NameColumn, icon);
+    // The key column first, so that the item's columns are sized once; the
+    // key is the one sortKey() gives (an override is not reachable from this
+    // constructor), and a free item has no place to move to.
+    const QString& name = m_object->name();
+    m_sortKey = naturalSortKey(name, static_cast<qint32>(m_object->type()) == 260);
+    QTreeWidgetItem::setData(SortKeyColumn, Qt::DisplayRole, m_sortKey);
+    QTreeWidgetItem::setData(NameColumn, Qt::DisplayRole, name);
+    if (const char* icon = iconName(m_object)) {
+        const QIcon shown = iconFor(icon);
+        if (!shown.isNull())
+            setIcon(NameColumn, shown);
     }
-    // Not virtual here: an override is not reachable from this constructor.
-    setText(SortKeyColumn, KATreeWidgetItem::sortKey());
 }
 
 QString KATreeWidgetItem::sortKey() const
@@ -129,15 +140,18 @@ void KATreeWidgetItem::updateSortKey()
 QString KATreeWidgetItem::naturalSortKey(const QString& name, bool folder)
 {
     const QString base = isAscii(name) ? name : foldForSort(name);
-    QString key;
-    key.reserve(2 * base.size() + name.size() + 2);
-    key += QLatin1Char(folder ? '0' : '1');
     const int size = base.size();
+    const QChar* in = base.constData();
+    // At most three characters for a character of base (a one-digit run),
+    // then the separator and the name.
+    QString key(1 + 3 * size + 1 + name.size(), Qt::Uninitialized);
+    QChar* out = key.data();
+    *out++ = QLatin1Char(folder ? '0' : '1');
     for (int i = 0; i < size;) {
-        const QChar c = base.at(i);
+        const QChar c = in[i];
         if (!c.isDigit()) {
             const ushort u = c.unicode();
-            key += (u >= 'A' && u <= 'Z') ? QChar(u + ('a' - 'A')) : c;
+            *out++ = (u >= 'A' && u <= 'Z') ? QChar(ushort(u + ('a' - 'A'))) : c;
             ++i;
             continue;
         }
@@ -147,21 +161,24 @@ QString KATreeWidgetItem::naturalSortKey(const QString& name, bool folder)
         // digits by their digits, and against a letter or a sign the run
         // sorts as its '0'. Short keys keep comparisons short.
         int end = i;
-        while (end < size && base.at(end).isDigit())
+        while (end < size && in[end].isDigit())
             ++end;
         int first = i;
-        while (first < end - 1 && base.at(first).digitValue() == 0)
+        while (first < end - 1 && digitOf(in[first]) == 0)
             ++first;
-        key += QLatin1Char('0');
-        key += QChar(ushort('0' + (end - first)));
+        *out++ = QLatin1Char('0');
+        *out++ = QChar(ushort('0' + (end - first)));
         for (int k = first; k < end; ++k)
-            key += QLatin1Char(char('0' + base.at(k).digitValue()));
+            *out++ = QLatin1Char(char('0' + digitOf(in[k])));
         i = end;
     }
     // The separator sorts before any character of a name, so "ab" comes
     // before "abc"; the name itself then orders names that fold alike.
-    key += QChar(0x0001);
-    key += name;
+    *out++ = QChar(0x0001);
+    const int nameSize = name.size();
+    std::copy(name.constData(), name.constData() + nameSize, out);
+    out += nameSize;
+    key.truncate(int(out - key.constData()));
     return key;
 }
 

@@ -165,6 +165,7 @@ void KAAbstractBrowserListView::buildChildren(Node* node, KATreeWidgetItem* pare
         return;
     QList<QTreeWidgetItem*> batch;
     batch.reserve(node->childCount());
+    m_itemIndex.reserve(m_itemIndex.size() + node->childCount());
     QList<QPair<KATreeWidgetItem*, Node*>> expanded;
     QList<QTreeWidgetItem*> hidden;
     for (Node* child = node->firstChild(); child; child = child->nextSibling()) {
