@@ -354,9 +354,8 @@ bool TDatabase::compoundAddPeakDetect(const TCompoundAbstract* compound, const K
         t_assert("peakDetect belongs to an open database", SourceFile, __LINE__, false);
         return false;
     }
-    const QVector<TCompoundRef> known = m_index->compoundRefs(compound->id());
     TCompoundRef ref;
-    ref.position = known.isEmpty() ? 1 : known.last().position + 1;
+    ref.position = m_index->nextCompoundPosition(compound->id());
     ref.project = owner == this ? QString() : relativeProjectPath(owner->location());
     ref.peakDetect = peakDetect->id();
     const qint64 id = compound->id();

@@ -4,7 +4,6 @@
 #include "tdatabaseindex.h"
 #include "tdatabaseschema.h"
 
-#include <QDir>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QVariant>
@@ -138,9 +137,7 @@ bool TDatabaseBatch::addCompoundRef(const TDatabaseIndex& index, qint64 compound
         QSqlError sqlError;
         if (!TDatabaseSchema::ensureCompoundTable(m_connection, &sqlError)) {
             if (error)
-                *error = TDatabaseSchema::tr("The project database %1 is damaged or unreadable: %2",
-                                             "La base de données du projet %1 est endommagée ou illisible : %2")
-                             .arg(QDir::toNativeSeparators(m_path), sqlError.text());
+                *error = TDatabaseSchema::unreadable(m_path, sqlError.text());
             return false;
         }
         if (!m_insertCompoundRef.prepare(TDatabaseSchema::insertCompoundEntry())) {
@@ -160,10 +157,8 @@ bool TDatabaseBatch::addCompoundRef(const TDatabaseIndex& index, qint64 compound
         return false;
     }
     auto next = m_nextPosition.find(compoundId);
-    if (next == m_nextPosition.end()) {
-        const QVector<TCompoundRef> known = index.compoundRefs(compoundId);
-        next = m_nextPosition.insert(compoundId, known.isEmpty() ? 1 : known.last().position + 1);
-    }
+    if (next == m_nextPosition.end())
+        next = m_nextPosition.insert(compoundId, index.nextCompoundPosition(compoundId));
     TCompoundRef ref;
     ref.position = next.value();
     ref.project = project;

@@ -344,6 +344,12 @@ void TDatabaseIndex::appendCompoundRef(qint64 compoundId, const TCompoundRef& re
     m_compoundRefs[compoundId].append(ref);
 }
 
+qint64 TDatabaseIndex::nextCompoundPosition(qint64 compoundId) const
+{
+    const auto it = m_compoundRefs.constFind(compoundId);
+    return it == m_compoundRefs.cend() || it->isEmpty() ? 1 : it->last().position + 1;
+}
+
 void TDatabaseIndex::removeCompoundRef(qint64 compoundId, qint64 position)
 {
     auto it = m_compoundRefs.find(compoundId);

@@ -63,6 +63,8 @@ public:
 
     // A compound's references to peak detections, in position order.
     QVector<TCompoundRef> compoundRefs(qint64 compoundId) const { return m_compoundRefs.value(compoundId); }
+    // Where the next entry of a compound goes: after its last one.
+    qint64 nextCompoundPosition(qint64 compoundId) const;
     void appendCompoundRef(qint64 compoundId, const TCompoundRef& ref);
     void removeCompoundRef(qint64 compoundId, qint64 position);
 

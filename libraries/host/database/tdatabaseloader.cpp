@@ -3,7 +3,6 @@
 #include "tdatabaseindex.h"
 #include "tdatabaseschema.h"
 
-#include <QDir>
 #include <QSqlDatabase>
 #include <QSqlDriver>
 #include <QSqlError>
@@ -62,11 +61,8 @@ bool TDatabaseLoader::loadObjects(const QSqlDatabase& connection, TDatabaseIndex
                                 int(sqlite3_column_int64(statement, 3) & 0xFFFF),
                                 sqlite3_column_int64(statement, 4) != 0);
         }
-        if (rc != SQLITE_DONE && error) {
-            *error = TDatabaseSchema::tr("The project database %1 is damaged or unreadable: %2",
-                                         "La base de données du projet %1 est endommagée ou illisible : %2")
-                         .arg(QDir::toNativeSeparators(path), QString::fromUtf8(sqlite3_errmsg(db)));
-        }
+        if (rc != SQLITE_DONE && error)
+            *error = TDatabaseSchema::unreadable(path, QString::fromUtf8(sqlite3_errmsg(db)));
         sqlite3_finalize(statement);
         return rc == SQLITE_DONE;
     }

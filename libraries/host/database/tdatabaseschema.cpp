@@ -53,9 +53,14 @@ QString TDatabaseSchema::queryError(const QSqlQuery& query, const QString& path)
     QString text = query.lastError().databaseText();
     if (text.isEmpty())
         text = query.lastError().text();
+    return unreadable(path, text);
+}
+
+QString TDatabaseSchema::unreadable(const QString& path, const QString& detail)
+{
     return tr("The project database %1 is damaged or unreadable: %2",
               "La base de données du projet %1 est endommagée ou illisible : %2")
-        .arg(native(path), text);
+        .arg(native(path), detail);
 }
 
 // SQLite itself accepts a missing file (it creates one) and a file of random

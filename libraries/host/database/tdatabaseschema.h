@@ -53,6 +53,8 @@ public:
 
     // A readable text for a failed query, naming the file.
     static QString queryError(const QSqlQuery& query, const QString& path);
+    // "The project database ... is damaged or unreadable: detail".
+    static QString unreadable(const QString& path, const QString& detail);
     static QString tr(const char* english, const char* french);
     // SQLite stores a null QString as NULL; our text columns are NOT NULL.
     static QString text(const QString& value) { return value.isNull() ? QString(QLatin1String("")) : value; }

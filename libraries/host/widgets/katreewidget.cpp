@@ -182,10 +182,8 @@ void KATreeWidget::insertItems(QTreeWidgetItem* parent, QList<QTreeWidgetItem*> 
 void KATreeWidget::setUpdatesEnabled(bool enable)
 {
     QTreeWidget::setUpdatesEnabled(enable);
-    if (enable && m_layoutDeferred) {
-        m_layoutDeferred = false;
-        QTreeWidget::doItemsLayout();
-    }
+    if (enable && m_layoutDeferred)
+        doItemsLayout();
 }
 
 void KATreeWidget::doItemsLayout()
@@ -203,10 +201,8 @@ void KATreeWidget::doItemsLayout()
 
 bool KATreeWidget::viewportEvent(QEvent* event)
 {
-    if (event->type() == QEvent::Paint && m_layoutDeferred && updatesEnabled()) {
-        m_layoutDeferred = false;
-        QTreeWidget::doItemsLayout();
-    }
+    if (event->type() == QEvent::Paint && m_layoutDeferred)
+        doItemsLayout();
     return QTreeWidget::viewportEvent(event);
 }
 

@@ -66,6 +66,16 @@ public:
         return node;
     }
 
+    // True when ancestor is this node or one of its ancestors.
+    bool isWithin(const TTree* ancestor) const
+    {
+        for (const TTree* n = this; n; n = n->m_parent) {
+            if (n == ancestor)
+                return true;
+        }
+        return false;
+    }
+
     // Unlinks the node from its parent and keeps its subtree.
     void detach() { unlink(); }
 
@@ -75,11 +85,9 @@ public:
     // a cycle that no destructor or walk ever leaves.
     void attachTo(TTree* parent)
     {
-        for (const TTree* p = parent; p; p = p->m_parent) {
-            if (p == this) {
-                t_assert("parent outside the moved subtree", "libraries\\internal\\core\\include\\ttree", __LINE__, false);
-                return;
-            }
+        if (parent && parent->isWithin(this)) {
+            t_assert("parent outside the moved subtree", "libraries\\internal\\core\\include\\ttree", __LINE__, false);
+            return;
         }
         unlink();
         if (parent)

@@ -275,17 +275,11 @@ void KAAbstractBrowserListView::refreshNode(Node* node)
     fresh->setNode(node);
     indexItem(fresh);
     // Where the old item was, unless the sort puts it elsewhere.
-    if (isSortingEnabled()) {
-        const int at = sortedIndex(parent, fresh, index);
-        if (parent)
-            parent->insertChild(at, fresh);
-        else
-            insertTopLevelItem(at, fresh);
-    } else if (parent) {
-        parent->insertChild(qMax(0, index), fresh);
-    } else {
-        insertTopLevelItem(qMax(0, index), fresh);
-    }
+    const int at = isSortingEnabled() ? sortedIndex(parent, fresh, index) : qMax(0, index);
+    if (parent)
+        parent->insertChild(at, fresh);
+    else
+        insertTopLevelItem(at, fresh);
     fresh->setHidden(!node->isVisible());
     if (wasExpanded) {
         fresh->setExpanded(true);
@@ -301,9 +295,9 @@ void KAAbstractBrowserListView::refreshNode(Node* node)
 // placeholder keeps it, so that nothing moves in the view.
 void KAAbstractBrowserListView::refreshChildren(Node* node, KATreeWidgetItem* item, bool expanded)
 {
-    const bool keepPlaceholder = !expanded && node->childCount() > 0 && item->childCount() == 1
-        && dynamic_cast<KATreeWidgetItem*>(item->child(0))
-        && static_cast<KATreeWidgetItem*>(item->child(0))->isPlaceholder();
+    const auto* first = dynamic_cast<const KATreeWidgetItem*>(item->child(0));
+    const bool keepPlaceholder = !expanded && node->childCount() > 0 && item->childCount() == 1 && first
+        && first->isPlaceholder();
     if (!keepPlaceholder) {
         const QList<QTreeWidgetItem*> children = item->takeChildren();
         for (QTreeWidgetItem* child : children)

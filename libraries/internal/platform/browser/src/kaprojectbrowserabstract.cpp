@@ -1,6 +1,7 @@
 #include "kaprojectbrowserabstract.h"
 
 #include "kaabstractbrowserctrl.h"
+#include "kaobject2fake.h"
 #include "kaobject2folder.h"
 #include "messageloggerinterface.h"
 #include "tapplicationdata.h"
@@ -207,10 +208,8 @@ KAProjectBrowserAbstract::Node* KAProjectBrowserAbstract::findObjectInTree(const
             Node* node = m_nodeIndex.value(object);
             if (!node)
                 return nullptr;
-            for (Node* n = node; n; n = n->parent()) {
-                if (n == start)
-                    return node;
-            }
+            if (node->isWithin(start))
+                return node;
             // Indexed elsewhere in the tree: a copy under start, if any,
             // is found the slow way.
         }
@@ -248,11 +247,7 @@ bool KAProjectBrowserAbstract::moveIsAllowed(Node* moved, Node* target)
 {
     if (target == moved)
         return false;
-    for (Node* n = target; n; n = n->parent()) {
-        if (n == moved)
-            return false;
-    }
-    return true;
+    return !target || !target->isWithin(moved);
 }
 
 // ---- node index -------------------------------------------------------------
@@ -415,5 +410,13 @@ KAProjectBrowserAbstract::Node* KAProjectBrowserAbstract::addReference(Node* par
     auto* node = new Node(parent, -1);
     node->setData(const_cast<KAObject2*>(object));
     node->setOwnsData(false);
+    return node;
+}
+
+KAProjectBrowserAbstract::Node* KAProjectBrowserAbstract::addPlaceholder(Node* parent, KAObjectType kind)
+{
+    auto* node = new Node(parent, -1);
+    node->setData(new KAObject2Fake(kind));
+    node->setOwnsData(true);
     return node;
 }

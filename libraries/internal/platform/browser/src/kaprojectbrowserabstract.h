@@ -55,6 +55,8 @@ public:
     static bool isPlaceholder(const Node* node);
     // A new last-built child holding a database object without owning it.
     static Node* addReference(Node* parent, const KAObject2* object);
+    // A new last-built child holding, and owning, a placeholder of kind.
+    static Node* addPlaceholder(Node* parent, KAObjectType kind);
 
 protected:
     QDomElement encodeNodeState(Node* node);

@@ -1,7 +1,6 @@
 #include "kaprojectbrowserplugincompound.h"
 
 #include "kaobject2compoundlist.h"
-#include "kaobject2fake.h"
 #include "kaobject2peakdetect.h"
 #include "kaobject2project.h"
 #include "kaprojectbrowserctrl.h"
@@ -17,15 +16,6 @@
 #include <QSet>
 
 namespace {
-
-bool isWithin(const TTree<KAObject2*>* node, const TTree<KAObject2*>* ancestor)
-{
-    for (const TTree<KAObject2*>* n = node; n; n = n->parent()) {
-        if (n == ancestor)
-            return true;
-    }
-    return false;
-}
 
 bool hasDetections(const TCompoundAbstract* compound)
 {
@@ -112,11 +102,8 @@ void KAProjectBrowserPluginCompound::rebuild()
 void KAProjectBrowserPluginCompound::addCompound(Node* list, const KAObject2* compound)
 {
     Node* node = addReference(list, compound);
-    if (hasDetections(static_cast<const TCompoundAbstract*>(compound))) {
-        auto* placeholder = new Node(node, -1);
-        placeholder->setData(new KAObject2Fake(KAObjectTypeCompound));
-        placeholder->setOwnsData(true);
-    }
+    if (hasDetections(static_cast<const TCompoundAbstract*>(compound)))
+        addPlaceholder(node, KAObjectTypeCompound);
 }
 
 bool KAProjectBrowserPluginCompound::fillNodeOnExpand(Node* node)
@@ -154,7 +141,7 @@ void KAProjectBrowserPluginCompound::watchDatabaseOf(const KAObject2* object)
 
 bool KAProjectBrowserPluginCompound::ownsNode(const Node* node) const
 {
-    return getTree() && isWithin(node, getTree());
+    return getTree() && node->isWithin(getTree());
 }
 
 bool KAProjectBrowserPluginCompound::refreshRequested(KAObjectType type, const KAObject2*)
@@ -229,7 +216,7 @@ void KAProjectBrowserPluginCompound::slotAboutToDeleteObjects(QList<const KAObje
     while (!pending.isEmpty()) {
         Node* n = pending.takeLast();
         for (Node* c = n->firstChild(); c; c = c->nextSibling()) {
-            if (c->data() && doomed.contains(c->data()) && !(m_deleting && isWithin(c, m_deleting)))
+            if (c->data() && doomed.contains(c->data()) && !(m_deleting && c->isWithin(m_deleting)))
                 gone.append(c);
             else
                 pending.append(c);

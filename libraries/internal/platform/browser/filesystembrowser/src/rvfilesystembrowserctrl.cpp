@@ -2,7 +2,6 @@
 
 #include "kafilesystembrowserfilterpackage.h"
 #include "kaobject2analysis.h"
-#include "kaobject2fake.h"
 #include "kaobject2peakdetect.h"
 #include "kaobject2project.h"
 #include "kaobject2signal.h"
@@ -148,9 +147,7 @@ void RVFileSystemBrowserCtrl::foldProjectNode(Node* node)
 {
     while (Node* child = node->firstChild())
         delete child;
-    auto* placeholder = new Node(node, -1);
-    placeholder->setData(new KAObject2Fake(KAObjectTypeProject));
-    placeholder->setOwnsData(true);
+    KAProjectBrowserAbstract::addPlaceholder(node, KAObjectTypeProject);
     refreshNode(node);
 }
 
