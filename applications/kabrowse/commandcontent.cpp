@@ -47,13 +47,9 @@ int commandContent(const QStringList& args)
 {
     if (args.size() != 1 || args.first().startsWith(QLatin1String("--")))
         return printUsage();
-    const QFileInfo info(args.first());
-    if (!info.isDir()) {
-        QTextStream(stderr) << QCoreApplication::translate("kabrowse", "%1 is not a folder", "%1 n'est pas un dossier")
-                                   .arg(args.first())
-                            << '\n';
+    if (!isFolderArgument(args.first()))
         return 1;
-    }
+    const QFileInfo info(args.first());
     ProjectMgrInterface* manager = ProjectMgrInterface::returnMe();
     QList<const KAObject2Project*> projects;
     for (const QString& folder : projectFoldersBelow(QDir::cleanPath(info.absoluteFilePath()))) {

@@ -59,13 +59,9 @@ int commandFind(const QStringList& args)
     }
     if (positional.size() != 2 || positional.at(1).isEmpty())
         return printUsage();
-    const QFileInfo root(positional.at(0));
-    if (!root.isDir()) {
-        QTextStream(stderr) << QCoreApplication::translate("kabrowse", "%1 is not a folder", "%1 n'est pas un dossier")
-                                   .arg(positional.at(0))
-                            << '\n';
+    if (!isFolderArgument(positional.at(0)))
         return 1;
-    }
+    const QFileInfo root(positional.at(0));
     ProjectMgrInterface::returnMe()->setWorkspaceFolders({root.absoluteFilePath()});
     const int projects = ProjectMgrInterface::returnMe()->projectList().size();
 

@@ -49,13 +49,9 @@ int commandLs(const QStringList& args)
     }
     if (root.isEmpty())
         return printUsage();
-    const QFileInfo info(root);
-    if (!info.isDir()) {
-        QTextStream(stderr) << QCoreApplication::translate("kabrowse", "%1 is not a folder", "%1 n'est pas un dossier")
-                                   .arg(root)
-                            << '\n';
+    if (!isFolderArgument(root))
         return 1;
-    }
+    const QFileInfo info(root);
     ProjectMgrInterface::returnMe()->setWorkspaceFolders({info.absoluteFilePath()});
     KAFileSystemBrowserFilterPackage filter;
     filter.setRootForced(info.absoluteFilePath());

@@ -16,3 +16,5 @@ int commandContent(const QStringList& args);
 
 // Prints the usage text on standard error; returns 2.
 int printUsage();
+// True when path is a folder; else says so on standard error.
+bool isFolderArgument(const QString& path);

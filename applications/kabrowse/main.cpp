@@ -1,6 +1,7 @@
 #include "commands.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QMap>
 #include <QTextStream>
 
@@ -8,6 +9,15 @@
 
 // Adding a command: declare it in commands.h, write it in its own
 // command<name>.cpp, add it to the table below and to the usage text.
+bool isFolderArgument(const QString& path)
+{
+    if (QFileInfo(path).isDir())
+        return true;
+    QTextStream(stderr) << QCoreApplication::translate("kabrowse", "%1 is not a folder", "%1 n'est pas un dossier").arg(path)
+                        << '\n';
+    return false;
+}
+
 int printUsage()
 {
     QTextStream err(stderr);

@@ -278,8 +278,10 @@ void KAFileSystemBrowserCtrl::foldProjectNode(Node* node)
     const auto* project = static_cast<const KAObject2Project*>(node->data());
     KAAbstractBrowserCtrl* owner = nullptr;
     for (KAAbstractBrowserCtrl* ctrl : m_projectCtrls.values() + m_displacedCtrls) {
-        if (ctrl->getTree() == node)
+        if (ctrl->getTree() == node) {
             owner = ctrl;
+            break;
+        }
     }
     if (!owner || !parent || !m_filter)
         return;
