@@ -80,6 +80,45 @@ inline void rawSql(const QString& path, const QStringList& statements)
     QSqlDatabase::removeDatabase(name);
 }
 
+// The first column of every row a query gives, read by a connection of its
+// own; a NULL reads as an empty string.
+inline QStringList rawColumn(const QString& path, const QString& sql)
+{
+    QStringList values;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("tst_column"));
+        db.setDatabaseName(path);
+        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+        if (db.open()) {
+            QSqlQuery query(db);
+            if (query.exec(sql)) {
+                while (query.next())
+                    values.append(query.value(0).toString());
+            }
+        }
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("tst_column"));
+    return values;
+}
+
+// A project folder and its database file as they are now, to show later
+// that a refusal or a read-only session left both alone.
+struct FolderSnapshot {
+    explicit FolderSnapshot(const QString& folder)
+        : folder(folder)
+        , bytes(fileBytes(TDatabase::databasePath(folder)))
+        , entries(folderEntries(folder))
+    {
+    }
+    bool unchanged() const
+    {
+        return fileBytes(TDatabase::databasePath(folder)) == bytes && folderEntries(folder) == entries;
+    }
+    QString folder;
+    QByteArray bytes;
+    QStringList entries;
+};
+
 inline int pragma(const QString& path, const QString& name)
 {
     int value = -1;
