@@ -30,32 +30,28 @@ namespace {
 class CountingPlugin : public KAProjectBrowserPlugin
 {
 public:
-    CountingPlugin(KAAbstractBrowserCtrl* ctrl, const QString& name, bool accept)
-        : KAProjectBrowserPlugin(ctrl, name), m_accept(accept) {}
+    CountingPlugin(KAAbstractBrowserCtrl* ctrl, bool accept) : KAProjectBrowserPlugin(ctrl, QString()), m_accept(accept) {}
     void init() override {}
     bool refreshRequested(KAObjectType, const KAObject2*) override { return false; }
-    bool fillNodeOnExpand(Node*) override { ++expands; return m_accept; }
-    bool deleteObject(Node*, bool) override { ++deletes; return m_accept; }
+    bool fillNodeOnExpand(Node*) override { return asked(); }
+    bool deleteObject(Node*, bool) override { return asked(); }
     bool renameObject(Node*, QString& name) override
     {
-        ++renames;
         if (m_accept)
             name += QLatin1Char('+');
-        return m_accept;
+        return asked();
     }
-    bool moveItem(const QList<const KAObject2*>&, Node*, QList<const KAObject2*>&) override
-    {
-        ++moves;
-        return m_accept;
-    }
+    bool moveItem(const QList<const KAObject2*>&, Node*, QList<const KAObject2*>&) override { return asked(); }
     KATreeWidgetItemCreatorAbstract* itemCreator() override { return nullptr; }
 
-    int expands = 0;
-    int deletes = 0;
-    int renames = 0;
-    int moves = 0;
+    int calls = 0;
 
 private:
+    bool asked()
+    {
+        ++calls;
+        return m_accept;
+    }
     bool m_accept;
 };
 
@@ -79,29 +75,23 @@ private slots:
     void createFolderMakesUniqueNames();
     void createFolderCopiesAllowedKinds_data();
     void createFolderCopiesAllowedKinds();
-    void renameFolderToExistingName();
-    void renameFolderToItsOwnName();
+    void renameFolder_data();
+    void renameFolder();
     void renameDatabaseObject();
     void deleteUserFolderWithNestedFolders();
     void refreshAfterDeletingPlacementFolder();
-    void deleteDefaultFolderRefused();
-    void managerRefusesExternalKinds_data();
-    void managerRefusesExternalKinds();
+    void managerRefusesDelete_data();
+    void managerRefusesDelete();
     void managerDeletesDatabaseObject();
-    void moveIntoReadOnlyTarget();
-    void moveOfKindNotAllowed();
-    void moveFolderIntoOwnSubfolder();
-    void moveFolderWithOtherAllowedKinds();
-    void moveFolderNameClash();
+    void moveRefused_data();
+    void moveRefused();
     void moveFolderAndSave();
     void moveDatasetAssociates();
     void reparentRecordsParent_data();
     void reparentRecordsParent();
     void controllerReparentRefused();
-    void renameAsksEveryPlugin();
-    void deleteStopsAtFirstPlugin();
-    void moveStopsAtFirstPlugin();
-    void expandStopsAtFirstPlugin();
+    void pluginDispatch_data();
+    void pluginDispatch();
 
 private:
     void build();
@@ -112,6 +102,13 @@ private:
     QString defaultPath() const
     {
         return QDir(m_project->folder()).filePath(QStringLiteral("Settings/default.projectbrowser.xml"));
+    }
+    // A stored property's value, "<missing>" when the object has none of that key.
+    QString property(const KAObject2* object, const char* key) const
+    {
+        bool found = false;
+        const QString value = db()->getObjectProperties(object, QLatin1String(key), &found).value();
+        return found ? value : QStringLiteral("<missing>");
     }
     // A node of the external-folders plug-in's kind under the project root.
     Node* externalNode(KAObjectType type = KAObjectTypeExternalFolders);
@@ -223,34 +220,29 @@ void tst_ProjectEditingRules::createFolderCopiesAllowedKinds()
     QCOMPARE(kinds, allowed);
 }
 
-void tst_ProjectEditingRules::renameFolderToExistingName()
+void tst_ProjectEditingRules::renameFolder_data()
 {
-    Node* data = m_ctrl->createFolder(QStringLiteral("Data"), analysisBranch());
-    m_ctrl->createFolder(QStringLiteral("Deep"), data);
-    Node* other = m_ctrl->createFolder(QStringLiteral("Other"), analysisBranch());
-    QString name = QStringLiteral("Data");
-    QVERIFY(m_ctrl->renameObject(other, name));
-    QCOMPARE(name, QStringLiteral("Data_1"));
-    QCOMPARE(other->data()->name(), QStringLiteral("Data_1"));
-
-    // A folder deeper in the same subtree counts as well.
-    name = QStringLiteral("Deep");
-    QVERIFY(m_ctrl->renameObject(other, name));
-    QCOMPARE(name, QStringLiteral("Deep_1"));
-    QCOMPARE(other->data()->name(), QStringLiteral("Deep_1"));
-
-    // The rename is saved.
-    QVERIFY(readSavedEntries(defaultPath()).contains({"KAObject2Analysis", "Deep_1", "/Analysis/Deep_1"}));
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<QString>("request");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("name of a sibling") << "Other" << "Data" << "Data_2";
+    QTest::newRow("name deeper in the subtree") << "Other" << "Deep" << "Deep_1";
+    QTest::newRow("its own name") << "Data" << "Data" << "Data";
 }
 
-void tst_ProjectEditingRules::renameFolderToItsOwnName()
+void tst_ProjectEditingRules::renameFolder()
 {
-    Node* data = m_ctrl->createFolder(QStringLiteral("Data"), analysisBranch());
+    QFETCH(QString, folder);
+    QFETCH(QString, request);
+    QFETCH(QString, name);
+    m_ctrl->createFolder(QStringLiteral("Deep"), m_ctrl->createFolder(QStringLiteral("Data"), analysisBranch()));
     m_ctrl->createFolder(QStringLiteral("Data"), analysisBranch()); // Data_1
-    QString name = QStringLiteral("Data");
-    QVERIFY(m_ctrl->renameObject(data, name));
-    QCOMPARE(name, QStringLiteral("Data"));
-    QCOMPARE(data->data()->name(), QStringLiteral("Data"));
+    m_ctrl->createFolder(QStringLiteral("Other"), analysisBranch());
+    Node* node = childFolder(analysisBranch(), folder);
+    QVERIFY(m_ctrl->renameObject(node, request));
+    QCOMPARE(request, name);
+    QCOMPARE(node->data()->name(), name);
+    QVERIFY(readSavedEntries(defaultPath()).contains({"KAObject2Analysis", name, "/Analysis/" + name}));
 }
 
 void tst_ProjectEditingRules::renameDatabaseObject()
@@ -334,27 +326,22 @@ void tst_ProjectEditingRules::refreshAfterDeletingPlacementFolder()
     QCOMPARE(node->parent(), branch);
 }
 
-void tst_ProjectEditingRules::deleteDefaultFolderRefused()
-{
-    Node* branch = analysisBranch();
-    QVERIFY(!m_ctrl->deleteObject(branch, false));
-    QCOMPARE(analysisBranch(), branch);
-    QCOMPARE(childNodes(mgr()->getTree()).size(), 4);
-}
-
-void tst_ProjectEditingRules::managerRefusesExternalKinds_data()
+void tst_ProjectEditingRules::managerRefusesDelete_data()
 {
     QTest::addColumn<int>("type");
+    QTest::newRow("default folder of a branch") << 0;
     QTest::newRow("external folders 2522") << 2522;
     QTest::newRow("external file 2523") << 2523;
 }
 
-void tst_ProjectEditingRules::managerRefusesExternalKinds()
+void tst_ProjectEditingRules::managerRefusesDelete()
 {
     QFETCH(int, type);
-    Node* node = externalNode(KAObjectType(type));
-    QVERIFY(!mgr()->deleteObject(node, false));
+    Node* node = type ? externalNode(KAObjectType(type)) : analysisBranch();
+    const int before = mgr()->getTree()->childCount();
+    QVERIFY(type ? !mgr()->deleteObject(node, false) : !m_ctrl->deleteObject(node, false));
     QCOMPARE(node->parent(), mgr()->getTree());
+    QCOMPARE(mgr()->getTree()->childCount(), before);
     QVERIFY(node->data());
     // Refused before the database is asked (it would report a foreign object).
     QCOMPARE(logTexts(), QStringList());
@@ -377,85 +364,87 @@ void tst_ProjectEditingRules::managerDeletesDatabaseObject()
 
 // ---- moves ------------------------------------------------------------------------
 
-void tst_ProjectEditingRules::moveIntoReadOnlyTarget()
+// Moves refused whole or in part, among these folders:
+//   analyses: Locked (read-only), Outer/Inner, Batch, Same, Dup, Target/Below/Dup
+//   wells: Plates
+// and analyses a0 to a2 (a0 named with markup), the first well "well", a
+// node without object "bare" and no target at all "none". Lists of names
+// are separated by spaces.
+void tst_ProjectEditingRules::moveRefused_data()
 {
-    Node* target = m_ctrl->createFolder(QStringLiteral("Locked"), analysisBranch());
-    static_cast<KAObject2Folder*>(target->data())->setReadOnly(true);
-    QList<const KAObject2*> rejected;
-    QVERIFY(!m_ctrl->moveItem({analysis(0), analysis(1), analysis(2)}, target, rejected));
-    QCOMPARE(logTexts(), QStringList{"This move is not allowed"});
-    QCOMPARE(int(MessageLoggerInterface::returnMe()->entries().first().level), int(MessageLoggerInterface::LevelError));
-    QVERIFY(rejected.isEmpty());
-    QCOMPARE(target->childCount(), 0);
-
-    // A target without an object is refused the same way.
-    MessageLoggerInterface::returnMe()->clear();
-    auto* bare = new Node(analysisBranch(), -1);
-    QVERIFY(!mgr()->moveItem({analysis(0), analysis(1)}, bare, rejected));
-    QCOMPARE(logTexts(), QStringList{"This move is not allowed"});
-    QCOMPARE(bare->childCount(), 0);
+    QTest::addColumn<QString>("moved");
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<bool>("result");
+    QTest::addColumn<QString>("log");
+    QTest::addColumn<QString>("rejected");
+    QTest::addColumn<QString>("movedIn");
+    const QString refused = QStringLiteral("This move is not allowed");
+    const QString plates = QStringLiteral("The move of <b>Plates</b> is not allowed into this folder");
+    QTest::newRow("read-only target") << "a0 a1 a2" << "Locked" << false << refused << "" << "";
+    QTest::newRow("target without object") << "a0 a1" << "bare" << false << refused << "" << "";
+    QTest::newRow("no target") << "a1" << "none" << false << "" << "" << "";
+    QTest::newRow("nothing to move") << "" << "Batch" << false << "" << "" << "";
+    QTest::newRow("kind not allowed, name escaped")
+        << "a0 well" << "Plates" << true
+        << "The move of <b>A&amp;B &lt;i&gt;x&lt;/i&gt; &quot;q&quot;</b> is not allowed into this folder" << "a0"
+        << "well";
+    QTest::newRow("folder with other allowed kinds") << "Plates Same" << "Batch" << true << plates << "Plates" << "Same";
+    QTest::newRow("nothing left to move") << "Plates" << "Batch" << false << plates << "Plates" << "";
+    // Accepted, but the folder stays where it is.
+    QTest::newRow("folder into its own subfolder") << "Outer" << "Inner" << true << "" << "" << "";
+    QTest::newRow("name already in the target's subtree")
+        << "Dup" << "Target" << false << "A folder with that name already exists" << "Dup" << "";
 }
 
-void tst_ProjectEditingRules::moveOfKindNotAllowed()
+void tst_ProjectEditingRules::moveRefused()
 {
+    QFETCH(QString, moved);
+    QFETCH(QString, target);
+    QFETCH(bool, result);
+    QFETCH(QString, log);
+    QFETCH(QString, rejected);
+    QFETCH(QString, movedIn);
     QVERIFY(db()->objectRename(analysis(0), QStringLiteral("A&B <i>x</i> \"q\"")));
-    Node* plates = m_ctrl->createFolder(QStringLiteral("Plates"), mgr()->getTree(KAObjectTypeWell));
-    const KAObject2* well = db()->getObjectLst(KAObjectTypeWell).first();
-    QList<const KAObject2*> rejected;
-    QVERIFY(m_ctrl->moveItem({analysis(0), well}, plates, rejected));
-    QCOMPARE(logTexts(), QStringList{"The move of <b>A&amp;B &lt;i&gt;x&lt;/i&gt; &quot;q&quot;</b> is not allowed into "
-                                     "this folder"});
-    QCOMPARE(rejected, QList<const KAObject2*>{analysis(0)});
-    QCOMPARE(nodeOf(mgr()->getTree(), well)->parent(), plates);
-    QCOMPARE(nodeOf(mgr()->getTree(), analysis(0))->parent(), analysisBranch());
-}
-
-void tst_ProjectEditingRules::moveFolderIntoOwnSubfolder()
-{
-    Node* outer = m_ctrl->createFolder(QStringLiteral("Outer"), analysisBranch());
-    Node* inner = m_ctrl->createFolder(QStringLiteral("Inner"), outer);
-    QFile::remove(defaultPath());
-    QList<const KAObject2*> rejected;
-    QVERIFY(m_ctrl->moveItem({outer->data()}, inner, rejected));
-    QCOMPARE(logTexts(), QStringList());
-    QVERIFY(rejected.isEmpty());
-    QCOMPARE(outer->parent(), analysisBranch());
-    QCOMPARE(inner->parent(), outer);
-    QVERIFY(QFile::exists(defaultPath())); // saved all the same
-    QVERIFY(readSavedEntries(defaultPath()).contains({"KAObject2Analysis", "Inner", "/Analysis/Outer/Inner"}));
-}
-
-void tst_ProjectEditingRules::moveFolderWithOtherAllowedKinds()
-{
-    Node* plates = m_ctrl->createFolder(QStringLiteral("Plates"), mgr()->getTree(KAObjectTypeWell));
-    Node* target = m_ctrl->createFolder(QStringLiteral("Batch"), analysisBranch());
-    Node* sameKinds = m_ctrl->createFolder(QStringLiteral("Same"), analysisBranch());
-    QList<const KAObject2*> rejected;
-    QVERIFY(m_ctrl->moveItem({plates->data(), sameKinds->data()}, target, rejected));
-    QCOMPARE(logTexts(), QStringList{"The move of <b>Plates</b> is not allowed into this folder"});
-    QCOMPARE(rejected, QList<const KAObject2*>{plates->data()});
-    QCOMPARE(plates->parent(), mgr()->getTree(KAObjectTypeWell));
-    QCOMPARE(sameKinds->parent(), target);
-
-    // Alone, nothing is left to move.
-    MessageLoggerInterface::returnMe()->clear();
-    rejected.clear();
-    QVERIFY(!m_ctrl->moveItem({plates->data()}, target, rejected));
-    QCOMPARE(rejected.size(), 1);
-}
-
-void tst_ProjectEditingRules::moveFolderNameClash()
-{
-    Node* dup = m_ctrl->createFolder(QStringLiteral("Dup"), analysisBranch());
-    Node* target = m_ctrl->createFolder(QStringLiteral("Target"), analysisBranch());
-    Node* below = m_ctrl->createFolder(QStringLiteral("Below"), target);
+    QHash<QString, Node*> nodes;
+    const auto add = [&](const QString& name, Node* parent) { return nodes[name] = m_ctrl->createFolder(name, parent); };
+    static_cast<KAObject2Folder*>(add(QStringLiteral("Locked"), analysisBranch())->data())->setReadOnly(true);
+    add(QStringLiteral("Inner"), add(QStringLiteral("Outer"), analysisBranch()));
+    for (const char* name : {"Batch", "Same", "Dup"})
+        add(QLatin1String(name), analysisBranch());
     // Names are unique within the parent's subtree only: a second Dup deeper down.
+    Node* below = add(QStringLiteral("Below"), add(QStringLiteral("Target"), analysisBranch()));
     QCOMPARE(m_ctrl->createFolder(QStringLiteral("Dup"), below)->data()->name(), QStringLiteral("Dup"));
-    QList<const KAObject2*> rejected;
-    QVERIFY(!m_ctrl->moveItem({dup->data()}, target, rejected));
-    QCOMPARE(logTexts(), QStringList{"A folder with that name already exists"});
-    QCOMPARE(rejected, QList<const KAObject2*>{dup->data()});
-    QCOMPARE(dup->parent(), analysisBranch());
+    add(QStringLiteral("Plates"), mgr()->getTree(KAObjectTypeWell));
+    if (target == QLatin1String("bare"))
+        nodes[target] = new Node(analysisBranch(), -1);
+    for (int i = 0; i < 3; ++i)
+        nodes[QStringLiteral("a%1").arg(i)] = nodeOf(mgr()->getTree(), analysis(i));
+    nodes[QStringLiteral("well")] = nodeOf(mgr()->getTree(), db()->getObjectLst(KAObjectTypeWell).first());
+    const auto objectsOf = [&nodes](const QString& keys) {
+        QList<const KAObject2*> objects;
+        for (const QString& key : keys.split(QLatin1Char(' '), Qt::SkipEmptyParts))
+            objects.append(nodes.value(key)->data());
+        return objects;
+    };
+    const QStringList movedKeys = moved.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    QHash<QString, Node*> parents;
+    for (const QString& key : movedKeys)
+        parents[key] = nodes.value(key)->parent();
+    QFile::remove(defaultPath());
+    MessageLoggerInterface::returnMe()->clear();
+
+    QList<const KAObject2*> refusedObjects;
+    QCOMPARE(m_ctrl->moveItem(objectsOf(moved), nodes.value(target), refusedObjects), result);
+    QCOMPARE(logTexts().join(QLatin1Char('\n')), log);
+    for (const MessageLoggerInterface::Entry& entry : MessageLoggerInterface::returnMe()->entries())
+        QCOMPARE(int(entry.level), int(MessageLoggerInterface::LevelError));
+    QCOMPARE(refusedObjects, objectsOf(rejected));
+    for (const QString& key : movedKeys)
+        QCOMPARE(nodeOf(mgr()->getTree(), nodes.value(key)->data())->parent(),
+                 movedIn.split(QLatin1Char(' ')).contains(key) ? nodes.value(target) : parents.value(key));
+    // A move that went through is saved, even when nothing changed place.
+    if (result)
+        QVERIFY(readSavedEntries(defaultPath()).contains({"KAObject2Analysis", "Inner", "/Analysis/Outer/Inner"}));
 }
 
 void tst_ProjectEditingRules::moveFolderAndSave()
@@ -476,10 +465,6 @@ void tst_ProjectEditingRules::moveFolderAndSave()
     Node* restoredB = childFolder(analysisBranch(), QStringLiteral("B"));
     QVERIFY(restoredB);
     QCOMPARE(nodeOf(mgr()->getTree(), analysis(0))->parent(), childFolder(restoredB, QStringLiteral("A")));
-
-    // Empty list and null target are refused.
-    QVERIFY(!m_ctrl->moveItem({}, restoredB, rejected));
-    QVERIFY(!m_ctrl->moveItem({analysis(1)}, nullptr, rejected));
 }
 
 void tst_ProjectEditingRules::moveDatasetAssociates()
@@ -490,11 +475,8 @@ void tst_ProjectEditingRules::moveDatasetAssociates()
     QList<const KAObject2*> rejected;
     // Associated, not moved: nothing is left on the list of nodes to move.
     QVERIFY(!m_ctrl->moveItem({dataset}, folder, rejected));
-    bool found = false;
-    QCOMPARE(db()->getObjectProperties(dataset, QStringLiteral("parent"), &found).value(), QStringLiteral("260"));
-    QVERIFY(found);
-    QCOMPARE(db()->getObjectProperties(dataset, QStringLiteral("parentID"), &found).value(),
-             QStringLiteral("Associated"));
+    QCOMPARE(property(dataset, "parent"), QStringLiteral("260"));
+    QCOMPARE(property(dataset, "parentID"), QStringLiteral("Associated"));
     QCOMPARE(logTexts(), QStringList{QStringLiteral("Object %1 was successfully associated to object Associated")
                                          .arg(dataset->name())});
 
@@ -504,8 +486,7 @@ void tst_ProjectEditingRules::moveDatasetAssociates()
     QVERIFY(!m_ctrl->moveItem({dataset}, plain, rejected));
     QCOMPARE(logTexts(), QStringList());
     QVERIFY(rejected.isEmpty());
-    QCOMPARE(db()->getObjectProperties(dataset, QStringLiteral("parentID"), &found).value(),
-             QStringLiteral("Associated"));
+    QCOMPARE(property(dataset, "parentID"), QStringLiteral("Associated"));
 }
 
 void tst_ProjectEditingRules::reparentRecordsParent_data()
@@ -529,14 +510,11 @@ void tst_ProjectEditingRules::reparentRecordsParent()
     QSignalSpy changed(ApplicationInterface::returnMe(), &ApplicationInterface::refreshObject);
 
     QVERIFY(mgr()->reparentItem(node, nodeOf(mgr()->getTree(), newParent)));
-    bool found = false;
-    const TProperty parent = db()->getObjectProperties(object, QStringLiteral("parent"), &found);
-    QVERIFY(found);
-    QCOMPARE(parent.value(), QStringLiteral("1"));
+    QCOMPARE(property(object, "parent"), QStringLiteral("1"));
+    const TProperty parent = db()->getObjectProperties(object, QStringLiteral("parent"), nullptr);
     QVERIFY(parent.unit().isEmpty());
     QVERIFY(parent.comment().isEmpty());
-    QCOMPARE(db()->getObjectProperties(object, QStringLiteral("parentID"), &found).value(), newParent->name());
-    QVERIFY(found);
+    QCOMPARE(property(object, "parentID"), newParent->name());
     QCOMPARE(logTexts(), QStringList{QStringLiteral("Object %1 was successfully associated to object %2")
                                          .arg(objectName.toHtmlEscaped(), newParent->name().toHtmlEscaped())});
     QCOMPARE(int(MessageLoggerInterface::returnMe()->entries().first().level),
@@ -555,8 +533,8 @@ void tst_ProjectEditingRules::reparentRecordsParent()
     QVERIFY(TestFixture::reopen(m_project));
     const KAObject2* reread = db()->objectById(id);
     QVERIFY(reread);
-    QCOMPARE(db()->getObjectProperties(reread, QStringLiteral("parent"), &found).value(), QStringLiteral("1"));
-    QCOMPARE(db()->getObjectProperties(reread, QStringLiteral("parentID"), &found).value(), parentName);
+    QCOMPARE(property(reread, "parent"), QStringLiteral("1"));
+    QCOMPARE(property(reread, "parentID"), parentName);
 }
 
 void tst_ProjectEditingRules::controllerReparentRefused()
@@ -576,80 +554,63 @@ void tst_ProjectEditingRules::controllerReparentRefused()
 
 // ---- dispatch to the plug-ins -------------------------------------------------------
 
-void tst_ProjectEditingRules::renameAsksEveryPlugin()
+// The plug-ins are asked in the order they were added, after the manager.
+void tst_ProjectEditingRules::pluginDispatch_data()
 {
-    auto* first = new CountingPlugin(m_ctrl.get(), QStringLiteral("first"), true);
-    auto* second = new CountingPlugin(m_ctrl.get(), QStringLiteral("second"), true);
-    auto* refusing = new CountingPlugin(m_ctrl.get(), QStringLiteral("refusing"), false);
-    m_ctrl->addPlugin(first, nullptr);
-    m_ctrl->addPlugin(refusing, nullptr);
-    m_ctrl->addPlugin(second, nullptr);
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<QString>("accepts"); // a plug-in a character: + accepts, - refuses
+    QTest::addColumn<QList<int>>("calls");
+    QTest::newRow("rename asks every plug-in") << "rename" << "+-+" << QList<int>{1, 1, 1};
+    QTest::newRow("delete stops at the first to accept") << "delete" << "-++" << QList<int>{1, 1, 0};
+    QTest::newRow("move stops at the first to accept") << "move" << "-++" << QList<int>{1, 1, 0};
+    QTest::newRow("expand stops at the first to accept") << "expand" << "-++" << QList<int>{1, 1, 0};
+}
+
+void tst_ProjectEditingRules::pluginDispatch()
+{
+    QFETCH(QString, operation);
+    QFETCH(QString, accepts);
+    QFETCH(QList<int>, calls);
+    QList<CountingPlugin*> plugins;
+    for (QChar accept : accepts) {
+        plugins.append(new CountingPlugin(m_ctrl.get(), accept == QLatin1Char('+')));
+        m_ctrl->addPlugin(plugins.last(), nullptr);
+    }
+    const auto asked = [&plugins] {
+        QList<int> counts;
+        for (const CountingPlugin* plugin : plugins)
+            counts.append(plugin->calls);
+        return counts;
+    };
     Node* node = externalNode();
+    const int before = mgr()->getTree()->childCount();
     QString name = QStringLiteral("New");
-    QVERIFY(m_ctrl->renameObject(node, name));
-    QCOMPARE(first->renames, 1);
-    QCOMPARE(refusing->renames, 1);
-    QCOMPARE(second->renames, 1);
-    QCOMPARE(name, QStringLiteral("New++"));
+    QList<const KAObject2*> rejected;
+    if (operation == QLatin1String("rename")) {
+        QVERIFY(m_ctrl->renameObject(node, name));
+        QCOMPARE(name, QStringLiteral("New++"));
+    } else if (operation == QLatin1String("delete")) {
+        QVERIFY(m_ctrl->deleteObject(node, true));
+        QCOMPARE(mgr()->getTree()->childCount(), before - 1);
+    } else if (operation == QLatin1String("move")) {
+        QVERIFY(m_ctrl->moveItem({externalNode(KAObjectTypeExternalFile)->data()}, node, rejected));
+    } else {
+        m_ctrl->fillNodeOnExpand(node);
+    }
+    QCOMPARE(asked(), calls);
+    if (operation == QLatin1String("expand"))
+        return;
 
     // The manager accepting ends the dispatch before the plug-ins.
     Node* folder = m_ctrl->createFolder(QStringLiteral("Mine"), analysisBranch());
     name = QStringLiteral("Yours");
-    QVERIFY(m_ctrl->renameObject(folder, name));
-    QCOMPARE(first->renames, 1);
-}
-
-void tst_ProjectEditingRules::deleteStopsAtFirstPlugin()
-{
-    auto* refusing = new CountingPlugin(m_ctrl.get(), QStringLiteral("refusing"), false);
-    auto* first = new CountingPlugin(m_ctrl.get(), QStringLiteral("first"), true);
-    auto* second = new CountingPlugin(m_ctrl.get(), QStringLiteral("second"), true);
-    m_ctrl->addPlugin(refusing, nullptr);
-    m_ctrl->addPlugin(first, nullptr);
-    m_ctrl->addPlugin(second, nullptr);
-    Node* node = externalNode();
-    const int before = mgr()->getTree()->childCount();
-    QVERIFY(m_ctrl->deleteObject(node, true));
-    QCOMPARE(refusing->deletes, 1);
-    QCOMPARE(first->deletes, 1);
-    QCOMPARE(second->deletes, 0);
-    QCOMPARE(mgr()->getTree()->childCount(), before - 1);
-}
-
-void tst_ProjectEditingRules::moveStopsAtFirstPlugin()
-{
-    auto* refusing = new CountingPlugin(m_ctrl.get(), QStringLiteral("refusing"), false);
-    auto* first = new CountingPlugin(m_ctrl.get(), QStringLiteral("first"), true);
-    auto* second = new CountingPlugin(m_ctrl.get(), QStringLiteral("second"), true);
-    m_ctrl->addPlugin(refusing, nullptr);
-    m_ctrl->addPlugin(first, nullptr);
-    m_ctrl->addPlugin(second, nullptr);
-    Node* target = externalNode();
-    Node* moved = externalNode(KAObjectTypeExternalFile);
-    QList<const KAObject2*> rejected;
-    QVERIFY(m_ctrl->moveItem({moved->data()}, target, rejected));
-    QCOMPARE(refusing->moves, 1);
-    QCOMPARE(first->moves, 1);
-    QCOMPARE(second->moves, 0);
-
-    // The manager accepting ends the dispatch before the plug-ins.
-    Node* folder = m_ctrl->createFolder(QStringLiteral("Mine"), analysisBranch());
-    QVERIFY(m_ctrl->moveItem({analysis(0)}, folder, rejected));
-    QCOMPARE(refusing->moves, 1);
-}
-
-void tst_ProjectEditingRules::expandStopsAtFirstPlugin()
-{
-    auto* refusing = new CountingPlugin(m_ctrl.get(), QStringLiteral("refusing"), false);
-    auto* first = new CountingPlugin(m_ctrl.get(), QStringLiteral("first"), true);
-    auto* second = new CountingPlugin(m_ctrl.get(), QStringLiteral("second"), true);
-    m_ctrl->addPlugin(refusing, nullptr);
-    m_ctrl->addPlugin(first, nullptr);
-    m_ctrl->addPlugin(second, nullptr);
-    m_ctrl->fillNodeOnExpand(externalNode());
-    QCOMPARE(refusing->expands, 1);
-    QCOMPARE(first->expands, 1);
-    QCOMPARE(second->expands, 0);
+    if (operation == QLatin1String("rename"))
+        QVERIFY(m_ctrl->renameObject(folder, name));
+    else if (operation == QLatin1String("delete"))
+        QVERIFY(m_ctrl->deleteObject(folder, false));
+    else
+        QVERIFY(m_ctrl->moveItem({analysis(0)}, folder, rejected));
+    QCOMPARE(asked(), calls);
 }
 
 QTEST_MAIN(tst_ProjectEditingRules)
