@@ -65,14 +65,6 @@ int itemsNamed(QTreeWidget* view, const QString& name)
     return count;
 }
 
-QStringList childTexts(QTreeWidgetItem* item)
-{
-    QStringList texts;
-    for (int i = 0; i < item->childCount(); ++i)
-        texts.append(item->child(i)->text(0));
-    return texts;
-}
-
 using Answers = QList<int>; // 0 yes, 1 no, 2 yes and apply to all
 const int YesToAll = 2;
 
@@ -92,14 +84,11 @@ private slots:
     void init();
     void cleanup();
 
-    void readOnlyViewDoesNothing_data();
-    void readOnlyViewDoesNothing();
-    void readOnlyProjectLogsMessage_data();
-    void readOnlyProjectLogsMessage();
+    void actionOnUserFolder_data();
+    void actionOnUserFolder();
     void contextMenuEntries();
     void newFolderOpensEditor();
     void newFolderOnForeignItemDoesNothing();
-    void renameOpensEditor();
     void deleteSelection_data();
     void deleteSelection();
     void selectionMessage();
@@ -226,27 +215,45 @@ QAction* tst_KAProjectBrowserTreeWidget::menuAction(const QString& text) const
 // The actions as the user reaches them: through the context menu.
 void tst_KAProjectBrowserTreeWidget::runAction(const QString& action)
 {
-    if (action == QLatin1String("new folder"))
-        menuAction(QStringLiteral("Folder"))->trigger();
-    else if (action == QLatin1String("rename"))
-        menuAction(QStringLiteral("Rename"))->trigger();
-    else if (action == QLatin1String("delete"))
-        menuAction(QStringLiteral("Delete"))->trigger();
-    else
-        QFAIL(qPrintable(action));
+    const QString text = action == QLatin1String("new folder") ? QStringLiteral("Folder")
+        : action == QLatin1String("rename")                      ? QStringLiteral("Rename")
+                                                                 : QStringLiteral("Delete");
+    QAction* menuEntry = menuAction(text);
+    QVERIFY2(menuEntry, qPrintable(action));
+    menuEntry->trigger();
 }
 
-void tst_KAProjectBrowserTreeWidget::readOnlyViewDoesNothing_data()
+// A read-only view refuses silently, a read-only project with a message;
+// neither asks anything nor changes the tree.
+void tst_KAProjectBrowserTreeWidget::actionOnUserFolder_data()
 {
+    QTest::addColumn<QString>("readOnly"); // "view", "project" or ""
     QTest::addColumn<QString>("action");
-    QTest::newRow("new folder") << QStringLiteral("new folder");
-    QTest::newRow("rename") << QStringLiteral("rename");
-    QTest::newRow("delete") << QStringLiteral("delete");
+    QTest::addColumn<int>("level");
+    QTest::addColumn<QString>("text"); // the message logged, "" for none
+    QTest::addColumn<bool>("editor");
+    for (const char* action : {"new folder", "rename", "delete"})
+        QTest::addRow("read-only view: %s", action) << "view" << action << 0 << QString() << false;
+    const int warning = int(MessageLoggerInterface::LevelWarning);
+    QTest::newRow("read-only project: new folder")
+        << "project" << "new folder" << warning
+        << "Impossible to add a new folder because current project is opened as <b>Read Only</b>" << false;
+    QTest::newRow("read-only project: rename")
+        << "project" << "rename" << warning
+        << "Impossible to rename an item from  current project because it is opened as <b>Read Only</b>" << false;
+    QTest::newRow("read-only project: delete")
+        << "project" << "delete" << int(MessageLoggerInterface::LevelError)
+        << " Impossible to remove item from current project because it is opened as <b>Read Only</b>" << false;
+    QTest::newRow("writable: rename opens the editor") << "" << "rename" << 0 << QString() << true;
 }
 
-void tst_KAProjectBrowserTreeWidget::readOnlyViewDoesNothing()
+void tst_KAProjectBrowserTreeWidget::actionOnUserFolder()
 {
+    QFETCH(QString, readOnly);
     QFETCH(QString, action);
+    QFETCH(int, level);
+    QFETCH(QString, text);
+    QFETCH(bool, editor);
     Node* user = m_ctrl->createFolder(QStringLiteral("Kept"), folderNode(QStringLiteral("Analysis")));
     QVERIFY(user);
     KATreeWidgetItem* item = expandTo(user);
@@ -258,58 +265,23 @@ void tst_KAProjectBrowserTreeWidget::readOnlyViewDoesNothing()
     const int analysisChildren = user->parent()->childCount();
     MessageLoggerInterface::returnMe()->clear();
 
-    m_filter->setReadOnly();
+    if (readOnly == QLatin1String("view"))
+        m_filter->setReadOnly();
+    else if (readOnly == QLatin1String("project"))
+        TApplicationData::getInstance()->setCurrentProjectReadOnly(true);
     runAction(action);
-    QVERIFY(log().isEmpty());
+    const QList<MessageLoggerInterface::Entry> entries = log();
+    QCOMPARE(entries.size(), text.isEmpty() ? 0 : 1);
+    if (!text.isEmpty()) {
+        QCOMPARE(int(entries.first().level), level);
+        QCOMPARE(entries.first().text, text);
+    }
     QVERIFY(m_questions.isEmpty());
     QCOMPARE(user->childCount(), children);
     QCOMPARE(user->parent()->childCount(), analysisChildren);
     QCOMPARE(folderNode(QStringLiteral("Analysis/Kept")), user);
     QCOMPARE(itemOf(user), item);
-    QVERIFY(!view()->renameEditor());
-}
-
-void tst_KAProjectBrowserTreeWidget::readOnlyProjectLogsMessage_data()
-{
-    QTest::addColumn<QString>("action");
-    QTest::addColumn<int>("level");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("new folder") << QStringLiteral("new folder") << int(MessageLoggerInterface::LevelWarning)
-                                << QStringLiteral("Impossible to add a new folder because current project is "
-                                                  "opened as <b>Read Only</b>");
-    QTest::newRow("rename") << QStringLiteral("rename") << int(MessageLoggerInterface::LevelWarning)
-                            << QStringLiteral("Impossible to rename an item from  current project because it is "
-                                              "opened as <b>Read Only</b>");
-    QTest::newRow("delete") << QStringLiteral("delete") << int(MessageLoggerInterface::LevelError)
-                            << QStringLiteral(" Impossible to remove item from current project because it is "
-                                              "opened as <b>Read Only</b>");
-}
-
-void tst_KAProjectBrowserTreeWidget::readOnlyProjectLogsMessage()
-{
-    QFETCH(QString, action);
-    QFETCH(int, level);
-    QFETCH(QString, text);
-    Node* user = m_ctrl->createFolder(QStringLiteral("Kept"), folderNode(QStringLiteral("Analysis")));
-    KATreeWidgetItem* item = expandTo(user);
-    QVERIFY(item);
-    view()->setCurrentItem(item);
-    item->setSelected(true);
-    answerWith({0, 0, 0});
-    const int children = user->childCount();
-    MessageLoggerInterface::returnMe()->clear();
-
-    TApplicationData::getInstance()->setCurrentProjectReadOnly(true);
-    runAction(action);
-    const QList<MessageLoggerInterface::Entry> entries = log();
-    QCOMPARE(entries.size(), 1);
-    QCOMPARE(int(entries.first().level), level);
-    QCOMPARE(entries.first().text, text);
-    QVERIFY(m_questions.isEmpty());
-    QCOMPARE(user->childCount(), children);
-    QCOMPARE(folderNode(QStringLiteral("Analysis/Kept")), user);
-    QCOMPARE(itemOf(user), item);
-    QVERIFY(!view()->renameEditor());
+    QCOMPARE(view()->renameEditor() != nullptr, editor);
 }
 
 void tst_KAProjectBrowserTreeWidget::contextMenuEntries()
@@ -320,6 +292,8 @@ void tst_KAProjectBrowserTreeWidget::contextMenuEntries()
     QCOMPARE(menu->parent(), static_cast<QObject*>(view()));
     const QList<QAction*> actions = menu->actions();
     QCOMPARE(actions.size(), 8);
+    QVERIFY(actions.at(1)->isSeparator());
+    QVERIFY(actions.at(4)->isSeparator());
 
     QCOMPARE(actions.at(0)->text(), QStringLiteral("New"));
     QMenu* newMenu = actions.at(0)->menu();
@@ -328,7 +302,6 @@ void tst_KAProjectBrowserTreeWidget::contextMenuEntries()
     QAction* folder = newMenu->actions().first();
     QCOMPARE(folder->text(), QStringLiteral("Folder"));
     QVERIFY(!folder->icon().pixmap(16, 16).isNull());
-    QVERIFY(actions.at(1)->isSeparator());
 
     struct Expected {
         int index;
@@ -356,7 +329,6 @@ void tst_KAProjectBrowserTreeWidget::contextMenuEntries()
             QCOMPARE(action->toolTip(), QString::fromUtf8(e.toolTip));
         QVERIFY(!action->menu());
     }
-    QVERIFY(actions.at(4)->isSeparator());
 }
 
 void tst_KAProjectBrowserTreeWidget::newFolderOpensEditor()
@@ -372,7 +344,7 @@ void tst_KAProjectBrowserTreeWidget::newFolderOpensEditor()
     QVERIFY(created);
     QCOMPARE(int(static_cast<const KAObject2Folder*>(created->data())->folderKind()), int(KAObjectTypeUserFolder));
     QVERIFY(item->isExpanded());
-    QCOMPARE(childTexts(item).count(QStringLiteral("New folder")), 1);
+    QCOMPARE(itemsNamed(view(), QStringLiteral("New folder")), 1);
     KATreeWidgetItem* folderItem = itemOf(created);
     QVERIFY(folderItem);
     QCOMPARE(folderItem->parent(), item);
@@ -390,17 +362,6 @@ void tst_KAProjectBrowserTreeWidget::newFolderOnForeignItemDoesNothing()
     QCOMPARE(nodesOfType(mgr()->getTree(), KAObjectTypeFolder).size(), before);
     QCOMPARE(foreign->childCount(), 0);
     QVERIFY(!view()->renameEditor());
-}
-
-void tst_KAProjectBrowserTreeWidget::renameOpensEditor()
-{
-    Node* user = m_ctrl->createFolder(QStringLiteral("Kept"), folderNode(QStringLiteral("Analysis")));
-    KATreeWidgetItem* item = expandTo(user);
-    QVERIFY(item);
-    view()->setCurrentItem(item);
-    runAction(QStringLiteral("rename"));
-    QVERIFY(view()->renameEditor());
-    QVERIFY(log().isEmpty());
 }
 
 void tst_KAProjectBrowserTreeWidget::deleteSelection_data()
@@ -464,9 +425,8 @@ void tst_KAProjectBrowserTreeWidget::deleteSelection()
         QVERIFY2((folderNode(path) == nullptr) == gone, qPrintable(path));
         QCOMPARE(itemsNamed(view(), name), gone ? 0 : 1);
     }
-    const QList<MessageLoggerInterface::Entry> entries = log();
     QStringList errors;
-    for (const MessageLoggerInterface::Entry& e : entries) {
+    for (const MessageLoggerInterface::Entry& e : log()) {
         if (e.level == MessageLoggerInterface::LevelError)
             errors.append(e.text);
     }
@@ -505,10 +465,8 @@ void tst_KAProjectBrowserTreeWidget::dropMovesObjectsIntoFolder()
     expandTo(well);
     KATreeWidgetItem* targetItem = expandTo(target);
     QVERIFY(targetItem);
-    QCOMPARE(itemsShowing(view(), movedA->data()).size(), 1);
     QCOMPARE(itemsShowing(view(), well->data()).size(), 1);
-    KATreeWidgetItem* wellItem = itemsShowing(view(), well->data()).first();
-    QTreeWidgetItem* wellItemParent = wellItem->parent();
+    QTreeWidgetItem* wellItemParent = itemsShowing(view(), well->data()).first()->parent();
 
     view()->resize(400, 900);
     view()->show();
@@ -522,14 +480,12 @@ void tst_KAProjectBrowserTreeWidget::dropMovesObjectsIntoFolder()
         KAMimeData<QList<const KAObject2*>>::create(nullptr, objects, QStringLiteral("kavelo/data")));
     // As a drag delivers it: enter, move over the folder, drop.
     QDragEnterEvent enter(position, Qt::MoveAction, data.get(), Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(view()->viewport(), &enter);
-    QVERIFY(enter.isAccepted());
     QDragMoveEvent move(position, Qt::MoveAction, data.get(), Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(view()->viewport(), &move);
-    QVERIFY(move.isAccepted());
     QDropEvent drop(position, Qt::MoveAction, data.get(), Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(view()->viewport(), &drop);
-    QVERIFY(drop.isAccepted());
+    for (QDropEvent* event : {static_cast<QDropEvent*>(&enter), static_cast<QDropEvent*>(&move), &drop}) {
+        QApplication::sendEvent(view()->viewport(), event);
+        QVERIFY2(event->isAccepted(), qPrintable(QString::number(event->type())));
+    }
 
     // The model: both analyses under the folder, the well where it was.
     QCOMPARE(movedA->parent(), target);
