@@ -347,6 +347,16 @@ void tst_KAAbstractBrowserListView::refreshNodeKeepsExpandedSubtree()
     QVERIFY(m_view->getMLTree(m_model.a1a));
     // The refresh is a rebuild from the model, not a new expansion.
     QCOMPARE(m_ctrl->expanded.size(), 2);
+
+    // A change of enabling makes a new item: it comes hidden and disabled
+    // as its node now is.
+    m_model.a->setVisible(false);
+    m_model.a->setEnabled(false);
+    m_view->refreshNode(m_model.a);
+    a = m_view->getMLTree(m_model.a);
+    QVERIFY(a);
+    QVERIFY(a->isHidden());
+    QVERIFY(a->isDisabled());
 }
 
 void tst_KAAbstractBrowserListView::childrenComeInSortOrder_data()
