@@ -51,6 +51,15 @@ QList<qint32> typesOf(const KAProjectBrowserFilterPackage& package)
     return types;
 }
 
+std::unique_ptr<KAFileSystemBrowserFilterPackage> copyOf(const KAFileSystemBrowserFilterPackage& source, bool assign)
+{
+    if (!assign)
+        return std::make_unique<KAFileSystemBrowserFilterPackage>(source);
+    auto copy = std::make_unique<KAFileSystemBrowserFilterPackage>();
+    *copy = source;
+    return copy;
+}
+
 } // namespace
 
 // The file-system filter package: its five kinds, extension patterns, the
@@ -64,28 +73,18 @@ private slots:
     void init();
     void cleanup();
 
-    void freshPackageShowsEverything_data();
-    void freshPackageShowsEverything();
     void fileSystemKindsAreSilentEntries();
-    void addPresentKindChangesNothing_data();
-    void addPresentKindChangesNothing();
-    void removedKindComesBackLast_data();
-    void removedKindComesBackLast();
+    void addKind_data();
+    void addKind();
     void extensionFilters_data();
     void extensionFilters();
-    void resetExtensionFilterEmpties();
-    void setRootForcedTwiceReplaces();
+    void setRootForcedReplacesAndResets();
     void setRootForcedFromAlias();
-    void resetRoot();
-    void addCustomRootTwiceKeepsOne();
-    void removeAndClearCustomRootsKeepTrees();
-    void copiesShareConfiguration_data();
-    void copiesShareConfiguration();
-    void copyAndSourceFreeSharedTreesOnce_data();
-    void copyAndSourceFreeSharedTreesOnce();
-    void customContentOfUnknownProjectIsNull();
-    void setCustomContentReplacingKeepsOldTree();
-    void setCustomProjectsContentKeepsOldTrees();
+    void customRoots();
+    void copiesShareConfigurationAndFreeItOnce_data();
+    void copiesShareConfigurationAndFreeItOnce();
+    void replacedCustomContentGoesBackToCaller_data();
+    void replacedCustomContentGoesBackToCaller();
 
 private:
     std::unique_ptr<TestFixture> m_fixture;
@@ -111,27 +110,11 @@ void tst_KAFileSystemBrowserFilterPackage::cleanup()
     m_fixture.reset();
 }
 
-void tst_KAFileSystemBrowserFilterPackage::freshPackageShowsEverything_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::newRow("project content") << int(FsProjectContent);
-    QTest::newRow("alias folders") << int(FsAliasFolders);
-    QTest::newRow("drives") << int(FsDrives);
-    QTest::newRow("user folders") << int(FsUserFolders);
-    QTest::newRow("files") << int(FsFiles);
-    QTest::newRow("projects (base entry)") << int(KAObjectTypeProject);
-}
-
-void tst_KAFileSystemBrowserFilterPackage::freshPackageShowsEverything()
-{
-    QFETCH(int, kind);
-    QVERIFY(m_package->contains(KAObjectType(kind)));
-}
-
 void tst_KAFileSystemBrowserFilterPackage::fileSystemKindsAreSilentEntries()
 {
-    // After the base entries, the five kinds in their order, without label
-    // or icon and not user-selectable.
+    // A fresh package shows everything: the base entries, then the five
+    // kinds in their order, without label or icon and not user-selectable.
+    QVERIFY(m_package->contains(KAObjectTypeProject));
     const QList<qint32> types = typesOf(*m_package);
     QCOMPARE(types.mid(types.size() - 5), (QList<qint32>{2570, 2571, 2572, 2573, 2574}));
     for (qint32 kind : {2570, 2571, 2572, 2573, 2574}) {
@@ -144,38 +127,32 @@ void tst_KAFileSystemBrowserFilterPackage::fileSystemKindsAreSilentEntries()
     QCOMPARE(types.count(2572), 1);
 }
 
-void tst_KAFileSystemBrowserFilterPackage::addPresentKindChangesNothing_data()
+void tst_KAFileSystemBrowserFilterPackage::addKind_data()
 {
     QTest::addColumn<int>("kind");
-    QTest::newRow("drives") << int(FsDrives);
-    QTest::newRow("files") << int(FsFiles);
-    QTest::newRow("a base kind") << int(KAObjectTypeAnalysis);
+    QTest::addColumn<bool>("removeFirst");
+    QTest::newRow("present drives") << int(FsDrives) << false;
+    QTest::newRow("present files") << int(FsFiles) << false;
+    QTest::newRow("present base kind") << int(KAObjectTypeAnalysis) << false;
+    QTest::newRow("removed project content") << int(FsProjectContent) << true;
+    QTest::newRow("removed user folders") << int(FsUserFolders) << true;
 }
 
-void tst_KAFileSystemBrowserFilterPackage::addPresentKindChangesNothing()
+// A present kind changes nothing; a removed one comes back once, last.
+void tst_KAFileSystemBrowserFilterPackage::addKind()
 {
     QFETCH(int, kind);
-    const QList<qint32> before = typesOf(*m_package);
-    m_package->add(KAObjectType(kind));
-    QCOMPARE(typesOf(*m_package), before);
-}
-
-void tst_KAFileSystemBrowserFilterPackage::removedKindComesBackLast_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::newRow("project content") << int(FsProjectContent);
-    QTest::newRow("user folders") << int(FsUserFolders);
-}
-
-void tst_KAFileSystemBrowserFilterPackage::removedKindComesBackLast()
-{
-    QFETCH(int, kind);
-    m_package->remove(KAObjectType(kind));
-    QVERIFY(!m_package->contains(KAObjectType(kind)));
+    QFETCH(bool, removeFirst);
+    QList<qint32> expected = typesOf(*m_package);
+    if (removeFirst) {
+        m_package->remove(KAObjectType(kind));
+        QVERIFY(!m_package->contains(KAObjectType(kind)));
+        expected.removeAll(kind);
+        expected.append(kind);
+    }
     m_package->add(KAObjectType(kind));
     QVERIFY(m_package->contains(KAObjectType(kind)));
-    QCOMPARE(typesOf(*m_package).last(), qint32(kind));
-    QCOMPARE(typesOf(*m_package).count(kind), 1);
+    QCOMPARE(typesOf(*m_package), expected);
 }
 
 void tst_KAFileSystemBrowserFilterPackage::extensionFilters_data()
@@ -195,23 +172,19 @@ void tst_KAFileSystemBrowserFilterPackage::extensionFilters()
     m_package->setExtensionAllowed(extensions);
     QCOMPARE(m_package->extensionAllowed(), extensions);
     QCOMPARE(m_package->extensionFilters(), patterns);
-}
-
-void tst_KAFileSystemBrowserFilterPackage::resetExtensionFilterEmpties()
-{
-    m_package->setExtensionAllowed({".txt"});
     m_package->resetExtensionFilter();
     QVERIFY(m_package->extensionAllowed().isEmpty());
     QVERIFY(m_package->extensionFilters().isEmpty());
 }
 
-void tst_KAFileSystemBrowserFilterPackage::setRootForcedTwiceReplaces()
+void tst_KAFileSystemBrowserFilterPackage::setRootForcedReplacesAndResets()
 {
     QVERIFY(QDir().mkpath(m_fixture->filePath("first")));
     QFile file(m_fixture->filePath("second.txt"));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.close();
 
+    m_package->resetRoot(); // nothing to delete
     QVERIFY(!m_package->rootForced());
     m_package->setRootForced(m_fixture->filePath("first"));
     QVERIFY(m_package->rootForced());
@@ -223,6 +196,8 @@ void tst_KAFileSystemBrowserFilterPackage::setRootForcedTwiceReplaces()
     m_package->setRootForced(m_fixture->filePath("second.txt"));
     QCOMPARE(m_package->rootForced()->type(), KAObjectTypeWinFile);
     QCOMPARE(m_package->rootForced()->filePath(), m_fixture->filePath("second.txt"));
+    m_package->resetRoot();
+    QVERIFY(!m_package->rootForced());
 }
 
 void tst_KAFileSystemBrowserFilterPackage::setRootForcedFromAlias()
@@ -236,56 +211,46 @@ void tst_KAFileSystemBrowserFilterPackage::setRootForcedFromAlias()
     QCOMPARE(m_package->rootForced()->filePath(), m_fixture->filePath("data"));
 }
 
-void tst_KAFileSystemBrowserFilterPackage::resetRoot()
+// Roots removed or cleared are the caller's again; a root added twice is
+// listed and freed once.
+void tst_KAFileSystemBrowserFilterPackage::customRoots()
 {
-    m_package->resetRoot(); // nothing to delete
-    QVERIFY(!m_package->rootForced());
-    m_package->setRootForced(m_fixture->path());
-    m_package->resetRoot();
-    QVERIFY(!m_package->rootForced());
-}
-
-void tst_KAFileSystemBrowserFilterPackage::addCustomRootTwiceKeepsOne()
-{
-    Node* tree = countedTree(QStringLiteral("root"), &m_deletions);
-    m_package->addCustomRoot(tree);
-    m_package->addCustomRoot(tree);
-    QCOMPARE(m_package->customRoots(), QList<Node*>{tree});
-    m_package.reset();
-    QCOMPARE(m_deletions, 3); // freed once: root and two children
-}
-
-void tst_KAFileSystemBrowserFilterPackage::removeAndClearCustomRootsKeepTrees()
-{
-    Node* first = countedTree(QStringLiteral("first"), &m_deletions);
-    Node* second = countedTree(QStringLiteral("second"), &m_deletions);
-    m_package->addCustomRoot(first);
-    m_package->addCustomRoot(second);
-    QCOMPARE(m_package->customRoots(), (QList<Node*>{first, second}));
-
-    m_package->removeCustomRoot(first);
-    QCOMPARE(m_package->customRoots(), QList<Node*>{second});
+    int returned = 0;
+    Node* cleared = countedTree(QStringLiteral("cleared"), &returned);
+    Node* removed = countedTree(QStringLiteral("removed"), &returned);
+    Node* kept = countedTree(QStringLiteral("kept"), &m_deletions);
+    m_package->addCustomRoot(cleared);
     m_package->clearCustomRoots();
     QVERIFY(m_package->customRoots().isEmpty());
+    m_package->addCustomRoot(kept);
+    m_package->addCustomRoot(kept);
+    m_package->addCustomRoot(removed);
+    QCOMPARE(m_package->customRoots(), (QList<Node*>{kept, removed}));
+    m_package->removeCustomRoot(removed);
+    QCOMPARE(m_package->customRoots(), QList<Node*>{kept});
 
-    // Both trees went back to the caller.
     m_package.reset();
-    QCOMPARE(m_deletions, 0);
-    delete first;
-    delete second;
-    QCOMPARE(m_deletions, 6);
+    QCOMPARE(m_deletions, 3);
+    QCOMPARE(returned, 0);
+    delete cleared;
+    delete removed;
+    QCOMPARE(returned, 6);
 }
 
-void tst_KAFileSystemBrowserFilterPackage::copiesShareConfiguration_data()
+void tst_KAFileSystemBrowserFilterPackage::copiesShareConfigurationAndFreeItOnce_data()
 {
     QTest::addColumn<bool>("assign");
-    QTest::newRow("copy constructor") << false;
-    QTest::newRow("assignment") << true;
+    QTest::addColumn<bool>("copyGoesFirst");
+    QTest::newRow("copy constructor, copy destroyed first") << false << true;
+    QTest::newRow("copy constructor, source destroyed first") << false << false;
+    QTest::newRow("assignment, copy destroyed first") << true << true;
+    QTest::newRow("assignment, source destroyed first") << true << false;
 }
 
-void tst_KAFileSystemBrowserFilterPackage::copiesShareConfiguration()
+void tst_KAFileSystemBrowserFilterPackage::copiesShareConfigurationAndFreeItOnce()
 {
     QFETCH(bool, assign);
+    QFETCH(bool, copyGoesFirst);
     const KAObject2Project project(QStringLiteral("P"), m_fixture->path());
     Node* content = countedTree(QStringLiteral("content"), &m_deletions);
     Node* root = countedTree(QStringLiteral("root"), &m_deletions);
@@ -296,14 +261,7 @@ void tst_KAFileSystemBrowserFilterPackage::copiesShareConfiguration()
     m_package->setExtensionAllowed({".txt"});
     m_package->remove(FsDrives);
 
-    std::unique_ptr<KAFileSystemBrowserFilterPackage> copy;
-    if (assign) {
-        copy = std::make_unique<KAFileSystemBrowserFilterPackage>();
-        *copy = *m_package;
-    } else {
-        copy = std::make_unique<KAFileSystemBrowserFilterPackage>(*m_package);
-    }
-
+    std::unique_ptr<KAFileSystemBrowserFilterPackage> copy = copyOf(*m_package, assign);
     QCOMPARE(copy->rootForced(), m_package->rootForced());
     QCOMPARE(copy->getCustomContent(&project), content);
     QCOMPARE(copy->customRoots(), QList<Node*>{root});
@@ -311,33 +269,6 @@ void tst_KAFileSystemBrowserFilterPackage::copiesShareConfiguration()
     QCOMPARE(copy->extensionFilters(), QStringList{"*.txt"});
     QVERIFY(!copy->contains(FsDrives));
     QCOMPARE(typesOf(*copy), typesOf(*m_package));
-}
-
-void tst_KAFileSystemBrowserFilterPackage::copyAndSourceFreeSharedTreesOnce_data()
-{
-    QTest::addColumn<bool>("copyGoesFirst");
-    QTest::addColumn<bool>("assign");
-    QTest::newRow("copy destroyed first") << true << false;
-    QTest::newRow("source destroyed first") << false << false;
-    QTest::newRow("assigned copy destroyed first") << true << true;
-}
-
-void tst_KAFileSystemBrowserFilterPackage::copyAndSourceFreeSharedTreesOnce()
-{
-    QFETCH(bool, copyGoesFirst);
-    QFETCH(bool, assign);
-    const KAObject2Project project(QStringLiteral("P"), m_fixture->path());
-    m_package->setCustomContent(&project, countedTree(QStringLiteral("content"), &m_deletions));
-    m_package->addCustomRoot(countedTree(QStringLiteral("root"), &m_deletions));
-    m_package->setRootForced(m_fixture->path());
-
-    std::unique_ptr<KAFileSystemBrowserFilterPackage> copy;
-    if (assign) {
-        copy = std::make_unique<KAFileSystemBrowserFilterPackage>();
-        *copy = *m_package;
-    } else {
-        copy = std::make_unique<KAFileSystemBrowserFilterPackage>(*m_package);
-    }
 
     if (copyGoesFirst)
         copy.reset();
@@ -355,50 +286,45 @@ void tst_KAFileSystemBrowserFilterPackage::copyAndSourceFreeSharedTreesOnce()
     QCOMPARE(m_deletions, 6); // two trees of three nodes, each freed once
 }
 
-void tst_KAFileSystemBrowserFilterPackage::customContentOfUnknownProjectIsNull()
+void tst_KAFileSystemBrowserFilterPackage::replacedCustomContentGoesBackToCaller_data()
 {
-    const KAObject2Project known(QStringLiteral("Known"), m_fixture->filePath("known"));
-    const KAObject2Project unknown(QStringLiteral("Unknown"), m_fixture->filePath("unknown"));
-    QVERIFY(!m_package->getCustomContent(&unknown));
-    m_package->setCustomContent(&known, countedTree(QStringLiteral("known"), &m_deletions));
-    QVERIFY(!m_package->getCustomContent(&unknown));
-    QVERIFY(!m_package->getCustomContent(nullptr));
+    QTest::addColumn<bool>("wholeMap");
+    QTest::newRow("same project set again") << false;
+    QTest::newRow("all projects set at once") << true;
 }
 
-void tst_KAFileSystemBrowserFilterPackage::setCustomContentReplacingKeepsOldTree()
+// Content is kept per project; a replaced tree is the caller's again, the
+// current one the package's.
+void tst_KAFileSystemBrowserFilterPackage::replacedCustomContentGoesBackToCaller()
 {
-    const KAObject2Project project(QStringLiteral("P"), m_fixture->path());
-    int oldDeletions = 0;
-    Node* old = countedTree(QStringLiteral("old"), &oldDeletions);
-    Node* fresh = countedTree(QStringLiteral("fresh"), &m_deletions);
-    m_package->setCustomContent(&project, old);
-    m_package->setCustomContent(&project, fresh);
-    QCOMPARE(m_package->getCustomContent(&project), fresh);
-    QCOMPARE(oldDeletions, 0);
-
-    m_package.reset();
-    QCOMPARE(m_deletions, 3);
-    QCOMPARE(oldDeletions, 0);
-    delete old; // the replaced tree went back to the caller
-    QCOMPARE(oldDeletions, 3);
-}
-
-void tst_KAFileSystemBrowserFilterPackage::setCustomProjectsContentKeepsOldTrees()
-{
+    QFETCH(bool, wholeMap);
     const KAObject2Project first(QStringLiteral("First"), m_fixture->filePath("first"));
     const KAObject2Project second(QStringLiteral("Second"), m_fixture->filePath("second"));
     int oldDeletions = 0;
     Node* old = countedTree(QStringLiteral("old"), &oldDeletions);
     Node* fresh = countedTree(QStringLiteral("fresh"), &m_deletions);
-    m_package->setCustomContent(&first, old);
-    m_package->setCustomProjectsContent({{&second, fresh}});
     QVERIFY(!m_package->getCustomContent(&first));
-    QCOMPARE(m_package->getCustomContent(&second), fresh);
+    m_package->setCustomContent(&first, old);
+    QCOMPARE(m_package->getCustomContent(&first), old);
+    QVERIFY(!m_package->getCustomContent(&second));
+    QVERIFY(!m_package->getCustomContent(nullptr));
+
+    if (wholeMap) {
+        m_package->setCustomProjectsContent({{&second, fresh}});
+        QVERIFY(!m_package->getCustomContent(&first));
+        QCOMPARE(m_package->getCustomContent(&second), fresh);
+    } else {
+        m_package->setCustomContent(&first, fresh);
+        QCOMPARE(m_package->getCustomContent(&first), fresh);
+        QVERIFY(!m_package->getCustomContent(&second));
+    }
+    QCOMPARE(oldDeletions, 0);
 
     m_package.reset();
     QCOMPARE(m_deletions, 3);
     QCOMPARE(oldDeletions, 0);
     delete old;
+    QCOMPARE(oldDeletions, 3);
 }
 
 QTEST_MAIN(tst_KAFileSystemBrowserFilterPackage)
