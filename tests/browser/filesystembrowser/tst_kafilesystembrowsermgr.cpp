@@ -69,30 +69,23 @@ private slots:
 
     void computerChildrenOrder_data();
     void computerChildrenOrder();
-    void topLevelFoldersWaitBehindPlaceholder();
-    void customRootsComeLastCreatedFirst();
-    void customRootPayloadStaysWithTheFilter();
+    void customRootsComeLastAndStayWithTheFilter();
     void forcedRootIsTheOnlyChild();
-    void forcedRootShowsItsContentInTheView();
     void lazyListing_data();
     void lazyListing();
-    void listedFolderCarriesPlaceholderUntilExpanded();
     void projectFolders_data();
     void projectFolders();
-    void projectNodeDoesNotOwnTheProject_data();
-    void projectNodeDoesNotOwnTheProject();
     void savedExpandedFolderListedAtBuild();
-    void computerNodeIsNeverListed();
 
 private:
     KAFileSystemBrowserCtrl* makeCtrl(const QString& name = QStringLiteral("tst_mgr"));
+    Node* listedForcedRoot(KAFileSystemBrowserCtrl* ctrl);
     QString makeSampleFolders();
 
     std::unique_ptr<TestFixture> m_fixture;
     std::unique_ptr<KAFileSystemBrowserFilterPackage> m_filter;
     std::unique_ptr<KAFileSystemBrowserCtrl> m_ctrl;
     std::unique_ptr<QWidget> m_parent; // the view's parent, destroyed after the controller
-    int m_deletions = 0; // outlives the filter's trees
 };
 
 void tst_KAFileSystemBrowserMgr::initTestCase()
@@ -126,6 +119,15 @@ KAFileSystemBrowserCtrl* tst_KAFileSystemBrowserMgr::makeCtrl(const QString& nam
     return m_ctrl.get();
 }
 
+// The forced root under Computer, listed.
+Node* tst_KAFileSystemBrowserMgr::listedForcedRoot(KAFileSystemBrowserCtrl* ctrl)
+{
+    Node* forced = ctrl->getTree()->firstChild();
+    if (carriesPlaceholder(forced))
+        ctrl->fillNodeOnExpand(forced);
+    return forced;
+}
+
 // root/alpha, root/beta/gamma, root/beta/d.txt and four files in root.
 QString tst_KAFileSystemBrowserMgr::makeSampleFolders()
 {
@@ -150,10 +152,12 @@ void tst_KAFileSystemBrowserMgr::computerChildrenOrder_data()
     QTest::newRow("nothing at all") << QList<int>{FsAliasFolders, FsDrives, FsUserFolders};
 }
 
+// Top-level folders are listed only when expanded: each waits behind a
+// placeholder of its own kind. Computer itself is never listed.
 void tst_KAFileSystemBrowserMgr::computerChildrenOrder()
 {
     QFETCH(QList<int>, removed);
-    QVERIFY(QDir().mkpath(m_fixture->filePath("a")));
+    QVERIFY(QDir().mkpath(m_fixture->filePath("a/inner")));
     QVERIFY(QDir().mkpath(m_fixture->filePath("b")));
     KAAliasFolderMgr* aliases = ApplicationInterface::returnMe()->aliasFolderMgr();
     QVERIFY(aliases->addAlias(QStringLiteral("Alias One"), m_fixture->filePath("a")));
@@ -186,85 +190,70 @@ void tst_KAFileSystemBrowserMgr::computerChildrenOrder()
     std::reverse(created.begin(), created.end());
     std::reverse(kinds.begin(), kinds.end());
 
-    Node* computer = makeCtrl()->getTree();
+    KAFileSystemBrowserCtrl* ctrl = makeCtrl();
+    Node* computer = ctrl->getTree();
     QVERIFY(computer);
     QCOMPARE(computer->data()->type(), KAObjectTypeWinComputer);
     QVERIFY(computer->isExpanded());
     QCOMPARE(childNames(computer), created);
     QList<int> actualKinds;
-    for (const Node* c : childNodes(computer))
-        actualKinds << int(c->data()->type());
-    QCOMPARE(actualKinds, kinds);
-}
-
-void tst_KAFileSystemBrowserMgr::topLevelFoldersWaitBehindPlaceholder()
-{
-    QVERIFY(QDir().mkpath(m_fixture->filePath("a/inner")));
-    QVERIFY(ApplicationInterface::returnMe()->aliasFolderMgr()->addAlias(QStringLiteral("Data"),
-                                                                        m_fixture->filePath("a")));
-    Node* computer = makeCtrl()->getTree();
     for (const Node* c : childNodes(computer)) {
+        actualKinds << int(c->data()->type());
         QVERIFY2(carriesPlaceholder(c), qPrintable(c->data()->name()));
         QVERIFY(!c->isExpanded());
-        const auto* fake = static_cast<const KAObject2Fake*>(c->firstChild()->data());
-        QCOMPARE(fake->fakeKind(), c->data()->type());
+        QCOMPARE(static_cast<const KAObject2Fake*>(c->firstChild()->data())->fakeKind(), c->data()->type());
     }
+    QCOMPARE(actualKinds, kinds);
+    QVERIFY(!ctrl->manager()->fillNodeOnExpand(computer));
+    QVERIFY(!ctrl->manager()->fillNodeOnExpand(nullptr));
+    QCOMPARE(childNames(computer), created);
 }
 
-void tst_KAFileSystemBrowserMgr::customRootsComeLastCreatedFirst()
+// Custom roots come last, newest first, as copies of the caller's trees
+// that never own (and so never delete) the filter's payloads.
+void tst_KAFileSystemBrowserMgr::customRootsComeLastAndStayWithTheFilter()
 {
     m_filter->remove(FsDrives);
     m_filter->remove(FsUserFolders);
     QVERIFY(ApplicationInterface::returnMe()->aliasFolderMgr()->addAlias(QStringLiteral("Alias"),
                                                                         m_fixture->path()));
+    int deletions = 0;
     for (const char* name : {"Custom 1", "Custom 2"}) {
         auto* tree = new Node;
         tree->setOwnsData(true);
-        tree->setData(new CountedObject(QLatin1String(name), &m_deletions));
+        tree->setData(new CountedObject(QLatin1String(name), &deletions));
         new Node(tree, -1);
         m_filter->addCustomRoot(tree);
     }
     Node* computer = makeCtrl()->getTree();
     QCOMPARE(childNames(computer), (QStringList{"Custom 2", "Custom 1", "Alias"}));
-    // A custom root is a copy of the caller's tree, not the tree itself.
+    bool copyOwns = false;
     for (Node* copy : childNodes(computer).mid(0, 2)) {
         QVERIFY(!m_filter->customRoots().contains(copy));
         QCOMPARE(copy->childCount(), 1);
-        copy->setOwnsData(false); // ownership is checked on its own below
+        copyOwns = copyOwns || copy->ownsData();
+        copy->setOwnsData(false); // whatever the answer, the process must outlive the check
     }
-}
-
-void tst_KAFileSystemBrowserMgr::customRootPayloadStaysWithTheFilter()
-{
-    // The caller's tree owns its payload: the Computer tree holds a copy,
-    // and a copy never owns what it shows.
-    int deletions = 0;
-    auto* tree = new Node;
-    tree->setOwnsData(true);
-    tree->setData(new CountedObject(QStringLiteral("Custom"), &deletions)); // freed within this test
-    m_filter->addCustomRoot(tree);
-
-    Node* computer = makeCtrl()->getTree();
-    Node* copy = childNamed(computer, QStringLiteral("Custom"));
-    QVERIFY(copy);
-    const bool copyOwns = copy->ownsData();
-    copy->setOwnsData(false); // whatever the answer, the process must outlive the check
     m_ctrl.reset();
     QCOMPARE(deletions, 0);
     m_filter.reset();
-    QCOMPARE(deletions, 1);
+    QCOMPARE(deletions, 2);
     QVERIFY2(!copyOwns, "the Computer tree's copy of a custom root owns (and would delete) the filter's payload");
 }
 
+// A forced root hides every other branch, comes expanded and listed, and
+// shows its content in the view.
 void tst_KAFileSystemBrowserMgr::forcedRootIsTheOnlyChild()
 {
     const QString root = makeSampleFolders();
     QVERIFY(!root.isEmpty());
     QVERIFY(ApplicationInterface::returnMe()->aliasFolderMgr()->addAlias(QStringLiteral("Alias"), root));
     m_filter->addCustomRoot(new Node);
+    m_filter->remove(FsFiles);
     m_filter->setRootForced(root);
 
-    Node* computer = makeCtrl()->getTree();
+    KAFileSystemBrowserCtrl* ctrl = makeCtrl();
+    Node* computer = ctrl->getTree();
     QCOMPARE(computer->childCount(), 1);
     Node* forced = computer->firstChild();
     QVERIFY(forced->isExpanded());
@@ -272,15 +261,7 @@ void tst_KAFileSystemBrowserMgr::forcedRootIsTheOnlyChild()
     QCOMPARE(forced->data()->name(), QStringLiteral("root"));
     QVERIFY(forced->data() != m_filter->rootForced()); // a clone: the filter keeps its own
     QCOMPARE(static_cast<const KAObject2WinFolder*>(forced->data())->filePath(), root);
-}
 
-void tst_KAFileSystemBrowserMgr::forcedRootShowsItsContentInTheView()
-{
-    const QString root = makeSampleFolders();
-    QVERIFY(!root.isEmpty());
-    m_filter->remove(FsFiles);
-    m_filter->setRootForced(root);
-    KAFileSystemBrowserCtrl* ctrl = makeCtrl();
     m_parent = std::make_unique<QWidget>();
     ctrl->initView(m_parent.get());
     KAFileSystemBrowserEditor* view = ctrl->view();
@@ -344,27 +325,6 @@ void tst_KAFileSystemBrowserMgr::lazyListing()
     }
 }
 
-void tst_KAFileSystemBrowserMgr::listedFolderCarriesPlaceholderUntilExpanded()
-{
-    const QString root = makeSampleFolders();
-    QVERIFY(!root.isEmpty());
-    m_filter->setRootForced(root);
-    KAFileSystemBrowserCtrl* ctrl = makeCtrl();
-    Node* forced = ctrl->getTree()->firstChild();
-    if (carriesPlaceholder(forced))
-        ctrl->fillNodeOnExpand(forced);
-    Node* beta = childNamed(forced, QStringLiteral("beta"));
-    QVERIFY(beta);
-    QVERIFY(carriesPlaceholder(beta));
-    ctrl->fillNodeOnExpand(beta);
-    QCOMPARE(sorted(childNames(beta)), (QStringList{"d.txt", "gamma"}));
-    QVERIFY(carriesPlaceholder(childNamed(beta, QStringLiteral("gamma"))));
-    // An empty folder loses its placeholder and shows nothing.
-    Node* alpha = childNamed(forced, QStringLiteral("alpha"));
-    ctrl->fillNodeOnExpand(alpha);
-    QCOMPARE(alpha->childCount(), 0);
-}
-
 void tst_KAFileSystemBrowserMgr::projectFolders_data()
 {
     QTest::addColumn<bool>("content");
@@ -375,6 +335,8 @@ void tst_KAFileSystemBrowserMgr::projectFolders_data()
     QTest::newRow("projects left out") << false << false;
 }
 
+// A project folder shows the project manager's project, which the tree
+// never owns: rebuilding it (F5) must leave the project alone.
 void tst_KAFileSystemBrowserMgr::projectFolders()
 {
     QFETCH(bool, content);
@@ -395,10 +357,7 @@ void tst_KAFileSystemBrowserMgr::projectFolders()
     m_filter->setRootForced(root);
 
     KAFileSystemBrowserCtrl* ctrl = makeCtrl();
-    Node* forced = ctrl->getTree()->firstChild();
-    if (carriesPlaceholder(forced))
-        ctrl->fillNodeOnExpand(forced);
-
+    Node* forced = listedForcedRoot(ctrl);
     Node* plain = childNamed(forced, QStringLiteral("plain"));
     QVERIFY(plain);
     QCOMPARE(plain->data()->type(), KAObjectTypeWinFolder);
@@ -422,42 +381,12 @@ void tst_KAFileSystemBrowserMgr::projectFolders()
         QCOMPARE(projectNode->childCount(), 0);
     }
     const bool owns = projectNode->ownsData();
-    projectNode->setOwnsData(false); // the project belongs to the project manager
-    QVERIFY2(!owns, "the project node owns the project manager's project");
-}
-
-void tst_KAFileSystemBrowserMgr::projectNodeDoesNotOwnTheProject_data()
-{
-    QTest::addColumn<bool>("content");
-    QTest::newRow("project with content") << true;
-    QTest::newRow("project alone") << false;
-}
-
-// The project object belongs to the project manager: rebuilding the tree
-// (F5) must leave it alone.
-void tst_KAFileSystemBrowserMgr::projectNodeDoesNotOwnTheProject()
-{
-    QFETCH(bool, content);
-    const QString root = m_fixture->filePath("workspace");
-    QString error;
-    QVERIFY2(TSampleGenerator::generateProject(root + "/Study B", QStringLiteral("Study B"),
-                                               TestFixture::smallOptions(), 5, &error),
-             qPrintable(error));
-    ProjectMgrInterface::returnMe()->setWorkspaceFolders({root});
-    if (!content)
-        m_filter->remove(FsProjectContent);
-    m_filter->setRootForced(root);
-    KAFileSystemBrowserCtrl* ctrl = makeCtrl();
-    Node* forced = ctrl->getTree()->firstChild();
-    if (carriesPlaceholder(forced))
-        ctrl->fillNodeOnExpand(forced);
-    Node* projectNode = childNamed(forced, QStringLiteral("Study B"));
-    QVERIFY(projectNode);
-    const bool owns = projectNode->ownsData();
     projectNode->setOwnsData(false); // keep the process alive for the next tests
     QVERIFY2(!owns, "the project node owns (and deletes with the tree) the project manager's project");
 }
 
+// Folders saved as expanded are listed when the tree is built; the others
+// wait behind their placeholder.
 void tst_KAFileSystemBrowserMgr::savedExpandedFolderListedAtBuild()
 {
     const QString root = makeSampleFolders();
@@ -465,16 +394,23 @@ void tst_KAFileSystemBrowserMgr::savedExpandedFolderListedAtBuild()
     QVERIFY(QDir().mkpath(root + "/beta/gamma/delta"));
     m_filter->setRootForced(root);
     {
+        // A listed folder's sub-folders wait behind a placeholder until
+        // expanded; an empty folder loses its placeholder.
         KAFileSystemBrowserCtrl* ctrl = makeCtrl(QStringLiteral("saved"));
-        Node* forced = ctrl->getTree()->firstChild();
-        if (carriesPlaceholder(forced))
-            ctrl->fillNodeOnExpand(forced);
+        Node* forced = listedForcedRoot(ctrl);
         Node* beta = childNamed(forced, QStringLiteral("beta"));
+        QVERIFY(beta);
+        QVERIFY(carriesPlaceholder(beta));
         ctrl->fillNodeOnExpand(beta);
         beta->setExpanded(true);
+        QCOMPARE(sorted(childNames(beta)), (QStringList{"d.txt", "gamma"}));
         Node* gamma = childNamed(beta, QStringLiteral("gamma"));
+        QVERIFY(carriesPlaceholder(gamma));
         ctrl->fillNodeOnExpand(gamma);
         gamma->setExpanded(true);
+        Node* alpha = childNamed(forced, QStringLiteral("alpha"));
+        ctrl->fillNodeOnExpand(alpha);
+        QCOMPARE(alpha->childCount(), 0);
         m_ctrl.reset(); // saves the expand state under "saved"
     }
 
@@ -492,16 +428,6 @@ void tst_KAFileSystemBrowserMgr::savedExpandedFolderListedAtBuild()
     Node* alpha = childNamed(forced, QStringLiteral("alpha"));
     QVERIFY(!alpha->isExpanded());
     QVERIFY(carriesPlaceholder(alpha));
-}
-
-void tst_KAFileSystemBrowserMgr::computerNodeIsNeverListed()
-{
-    KAFileSystemBrowserCtrl* ctrl = makeCtrl();
-    Node* computer = ctrl->getTree();
-    const int before = computer->childCount();
-    QVERIFY(!ctrl->manager()->fillNodeOnExpand(computer));
-    QVERIFY(!ctrl->manager()->fillNodeOnExpand(nullptr));
-    QCOMPARE(computer->childCount(), before);
 }
 
 // The user's Desktop and Documents live in a home of the test's own.
