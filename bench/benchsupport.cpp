@@ -125,7 +125,7 @@ SampleProject::SampleProject(const QString& name, const TSampleGenerator::Option
         return;
     m_generationMs = timer.nsecsElapsed() / 1.0e6;
     ProjectMgrInterface* mgr = ProjectMgrInterface::returnMe();
-    m_project = mgr->findProject(m_folder);
+    m_project = mgr->discoverProject(m_folder);
     if (!m_project) {
         m_error = QStringLiteral("the project manager does not know %1").arg(m_folder);
         return;

@@ -53,7 +53,7 @@ int commandContent(const QStringList& args)
     ProjectMgrInterface* manager = ProjectMgrInterface::returnMe();
     QList<const KAObject2Project*> projects;
     for (const QString& folder : projectFoldersBelow(QDir::cleanPath(info.absoluteFilePath()))) {
-        if (const KAObject2Project* project = manager->findProject(folder))
+        if (const KAObject2Project* project = manager->discoverProject(folder))
             projects.append(project);
     }
     // A null name: the command leaves the user's saved expand state alone.

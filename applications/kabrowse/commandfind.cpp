@@ -62,7 +62,7 @@ int commandFind(const QStringList& args)
     if (!isFolderArgument(positional.at(0)))
         return 1;
     const QFileInfo root(positional.at(0));
-    ProjectMgrInterface::returnMe()->setWorkspaceFolders({root.absoluteFilePath()});
+    ProjectMgrInterface::returnMe()->setWorkspaceFolders({root.absoluteFilePath()}, -1);
     const int projects = ProjectMgrInterface::returnMe()->projectList().size();
 
     KAFileSystemBrowserFilterPackage filter;

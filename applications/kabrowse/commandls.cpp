@@ -52,7 +52,7 @@ int commandLs(const QStringList& args)
     if (!isFolderArgument(root))
         return 1;
     const QFileInfo info(root);
-    ProjectMgrInterface::returnMe()->setWorkspaceFolders({info.absoluteFilePath()});
+    ProjectMgrInterface::returnMe()->setWorkspaceFolders({info.absoluteFilePath()}, depth);
     KAFileSystemBrowserFilterPackage filter;
     filter.setRootForced(info.absoluteFilePath());
     if (!files)

@@ -13,7 +13,7 @@ const KAObject2Project* openProjectFolder(const QString& folder, bool readOnly)
     QTextStream err(stderr);
     const QString path = QFileInfo(folder).absoluteFilePath();
     ProjectMgrInterface* manager = ProjectMgrInterface::returnMe();
-    const KAObject2Project* project = manager->findProject(path);
+    const KAObject2Project* project = manager->discoverProject(path);
     if (!project) {
         err << QCoreApplication::translate("kabrowse", "%1 is not a project folder", "%1 n'est pas un dossier de projet")
                    .arg(folder)

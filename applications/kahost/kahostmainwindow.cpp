@@ -38,6 +38,9 @@
 
 namespace {
 const int OpenModeProject = 2;
+// How deep below the workspace folder projects are looked for: projects
+// kept in folders of folders are known too, and the explorer shows them.
+const int WorkspaceDepth = 3;
 const QString SelectModule = QStringLiteral("kaGCP");
 } // namespace
 
@@ -48,7 +51,7 @@ KAHostMainWindow::KAHostMainWindow(const QString& workspace, QWidget* parent)
     setObjectName(QStringLiteral("kahostMainWindow"));
     resize(1280, 800);
     MainWindowInterface::setInstance(this);
-    ProjectMgrInterface::returnMe()->setWorkspaceFolders({workspace});
+    ProjectMgrInterface::returnMe()->setWorkspaceFolders({workspace}, WorkspaceDepth);
     // The workspace is reachable by name in the file-system explorer and in
     // the project selection.
     KAAliasFolderMgr* aliases = ApplicationInterface::returnMe()->aliasFolderMgr();

@@ -806,7 +806,7 @@ void tst_KAProjectBrowserMgr::failedSaveKeepsSavedTree()
         }
     } else {
         betaFolder = m_fixture->makeProject(QStringLiteral("Beta"));
-        beta = pm->findProject(betaFolder);
+        beta = pm->discoverProject(betaFolder);
         QVERIFY(beta && pm->openProject(beta));
         QCOMPARE(pm->currentProject(), beta);
     }

@@ -141,7 +141,7 @@ const KAObject2Project* TestKAProjectDialog::project(const QString& name)
     const QString folder = m_fixture->makeProject(name);
     if (folder.isEmpty())
         return nullptr;
-    return manager()->findProject(folder);
+    return manager()->discoverProject(folder);
 }
 
 void TestKAProjectDialog::savesToTheDatabase_data()

@@ -85,7 +85,9 @@ private slots:
     void cleanup();
 
     void discoversProjectsOfTheWorkspace();
-    void findProjectAddsProjectsFoundElsewhere();
+    void scanDepth_data();
+    void scanDepth();
+    void discoverProjectAddsProjectsFoundElsewhere();
     void openCloseAndCurrent();
     void observersHearEachEventOnceInOrder();
     void destroyedObserverIsForgotten();
@@ -183,15 +185,56 @@ void TestProjectMgr::discoversProjectsOfTheWorkspace()
     QCOMPARE(gone->name(), QStringLiteral("Caffeine in beverages"));
 }
 
-void TestProjectMgr::findProjectAddsProjectsFoundElsewhere()
+void TestProjectMgr::scanDepth_data()
+{
+    QTest::addColumn<int>("depth");
+    QTest::addColumn<QStringList>("names");
+    const QString one = QStringLiteral("One level down");
+    const QString two = QStringLiteral("Two levels down");
+    const QString three = QStringLiteral("Three levels down");
+    QTest::newRow("the folder only") << 0 << QStringList();
+    QTest::newRow("one level") << 1 << QStringList{one};
+    QTest::newRow("two levels") << 2 << QStringList{one, two};
+    QTest::newRow("any depth") << -1 << QStringList{one, three, two};
+}
+
+// Projects kept in folders of folders are found as deep as asked, never
+// inside another project, and a link back up does not loop.
+void TestProjectMgr::scanDepth()
+{
+    QFETCH(int, depth);
+    QFETCH(QStringList, names);
+    const QString workspace = m_fixture->filePath(QStringLiteral("workspace"));
+    QVERIFY(TDatabase::createProject(workspace + QStringLiteral("/a"), QStringLiteral("One level down"), nullptr));
+    QVERIFY(TDatabase::createProject(workspace + QStringLiteral("/a/inner"), QStringLiteral("Inside a project"), nullptr));
+    QVERIFY(TDatabase::createProject(workspace + QStringLiteral("/b/c"), QStringLiteral("Two levels down"), nullptr));
+    QVERIFY(TDatabase::createProject(workspace + QStringLiteral("/b/d/e"), QStringLiteral("Three levels down"), nullptr));
+#ifdef Q_OS_UNIX
+    QVERIFY(QFile::link(workspace, workspace + QStringLiteral("/b/d/back up")));
+#endif
+    m_mgr->setWorkspaceFolders({workspace}, depth);
+    QStringList found;
+    for (const KAObject2Project* project : m_mgr->projectList())
+        found.append(project->name());
+    QCOMPARE(found, names);
+}
+
+// Asking for a folder never reads the disk; discovering it does, once.
+void TestProjectMgr::discoverProjectAddsProjectsFoundElsewhere()
 {
     const QString elsewhere = m_fixture->filePath(QStringLiteral("elsewhere/Outside"));
     QVERIFY(TDatabase::createProject(elsewhere, QStringLiteral("Outside"), nullptr));
     QCOMPARE(m_mgr->projectList().size(), 0);
-    QCOMPARE(m_mgr->findProject(m_fixture->filePath(QStringLiteral("elsewhere"))), nullptr);
-    const KAObject2Project* project = m_mgr->findProject(elsewhere + QStringLiteral("/"));
+    QCOMPARE(m_mgr->findProject(elsewhere), nullptr);
+    QCOMPARE(m_mgr->projectList().size(), 0);
+    QCOMPARE(m_mgr->discoverProject(m_fixture->filePath(QStringLiteral("elsewhere"))), nullptr);
+    const KAObject2Project* project = m_mgr->discoverProject(elsewhere + QStringLiteral("/"));
     QVERIFY(project);
-    QCOMPARE(m_mgr->findProject(elsewhere), project);
+    QCOMPARE(m_mgr->discoverProject(elsewhere), project);
+    const QString parent = m_fixture->filePath(QStringLiteral("elsewhere"));
+    for (const QString& spelling : {elsewhere, elsewhere + QStringLiteral("/"), elsewhere + QStringLiteral("/./"),
+                                    elsewhere + QStringLiteral("/../Outside"), parent + QStringLiteral("//Outside")})
+        QCOMPARE(m_mgr->findProject(spelling), project);
     QCOMPARE(m_mgr->projectList(), QList<const KAObject2Project*>{project});
     m_mgr->rescan();
     QCOMPARE(m_mgr->projectList(), QList<const KAObject2Project*>{project});

@@ -40,7 +40,7 @@ QStringList describe(const QFileInfoList& infos)
 } // namespace
 
 // The explorer's folder listing gives what QDir gives for the same folder
-// and filters, and tells which folders hold a project file.
+// and filters, and tells whether the folder holds a project file.
 class tst_TDirectoryListing : public QObject
 {
     Q_OBJECT
@@ -49,6 +49,7 @@ private slots:
     void initTestCase();
     void sameEntriesAsQDir_data();
     void sameEntriesAsQDir();
+    void markerMustBeARegularFile_data();
     void markerMustBeARegularFile();
     void unreadableFolderListsNothing();
 
@@ -107,22 +108,51 @@ void tst_TDirectoryListing::sameEntriesAsQDir()
         QCOMPARE(entry.isDir, fresh.isDir());
         QCOMPARE(entry.isSymLink, fresh.isSymLink());
         QCOMPARE(entry.info.absoluteFilePath(), QDir::cleanPath(m_folder + QLatin1Char('/') + entry.info.fileName()));
-        QVERIFY(!entry.holdsMarker);
     }
 }
 
+void tst_TDirectoryListing::markerMustBeARegularFile_data()
+{
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<bool>("files");
+    QTest::addColumn<bool>("holds");
+    QTest::addColumn<bool>("listed"); // the marker among the entries
+    QTest::newRow("project, files listed") << QStringLiteral("Project") << true << true << true;
+    QTest::newRow("project, folders only") << QStringLiteral("Project") << false << true << false;
+    QTest::newRow("marker only deeper down") << QString() << true << false << false;
+    QTest::newRow("marker is a folder") << QStringLiteral("Not a project") << false << false << true;
+#ifdef Q_OS_UNIX
+    QTest::newRow("marker is a link to a file") << QStringLiteral("Linked project") << false << true << false;
+    QTest::newRow("marker is a broken link") << QStringLiteral("Broken project") << true << false << false;
+#endif
+}
+
+// The folder listed tells whether it holds the marker, whatever else is
+// asked of the listing; the folders it lists are not looked into.
 void tst_TDirectoryListing::markerMustBeARegularFile()
 {
+    QFETCH(QString, folder);
+    QFETCH(bool, files);
+    QFETCH(bool, holds);
+    QFETCH(bool, listed);
+    const QString marker = QStringLiteral("project.kadb");
     QVERIFY(QDir().mkpath(m_folder + QStringLiteral("/Not a project/project.kadb")));
-    const QVector<TDirectoryListing::Entry> entries =
-        TDirectoryListing::list(m_folder, {}, false, QStringLiteral("project.kadb"));
-    QStringList marked;
-    for (const TDirectoryListing::Entry& entry : entries) {
-        if (entry.holdsMarker)
-            marked.append(entry.info.fileName());
-    }
-    QCOMPARE(marked, QStringList({QStringLiteral("Project")}));
-    QVERIFY(QDir(m_folder + QStringLiteral("/Not a project")).removeRecursively());
+#ifdef Q_OS_UNIX
+    QVERIFY(QDir().mkpath(m_folder + QStringLiteral("/Linked project")));
+    QFile::link(m_folder + QStringLiteral("/Project/project.kadb"), m_folder + QStringLiteral("/Linked project/project.kadb"));
+    QVERIFY(QDir().mkpath(m_folder + QStringLiteral("/Broken project")));
+    QFile::link(m_folder + QStringLiteral("/nowhere.kadb"), m_folder + QStringLiteral("/Broken project/project.kadb"));
+#endif
+    const QString path = folder.isEmpty() ? m_folder : m_folder + QLatin1Char('/') + folder;
+    bool found = !holds;
+    const QVector<TDirectoryListing::Entry> entries = TDirectoryListing::list(path, {}, files, marker, &found);
+    QCOMPARE(found, holds);
+    bool markerListed = false;
+    for (const TDirectoryListing::Entry& entry : entries)
+        markerListed = markerListed || entry.info.fileName() == marker;
+    QCOMPARE(markerListed, listed);
+    for (const char* made : {"Not a project", "Linked project", "Broken project"})
+        QDir(m_folder + QLatin1Char('/') + QLatin1String(made)).removeRecursively();
 }
 
 void tst_TDirectoryListing::unreadableFolderListsNothing()

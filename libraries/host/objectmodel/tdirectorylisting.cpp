@@ -36,25 +36,21 @@ private:
     QVector<QRegExp> m_expressions;
 };
 
-QString childPath(const QString& folder, const QString& name)
-{
-    return folder.endsWith(QLatin1Char('/')) ? folder + name : folder + QLatin1Char('/') + name;
-}
-
 QVector<TDirectoryListing::Entry> listWithQDir(const QString& folder, const QStringList& patterns, bool files,
-                                               const QString& markerFile)
+                                               const QString& markerFile, bool* holdsMarker)
 {
     QDir::Filters filters = QDir::AllDirs | QDir::NoDotAndDotDot;
     if (files)
         filters |= QDir::Files;
+    const QDir dir(folder);
+    if (holdsMarker)
+        *holdsMarker = !markerFile.isEmpty() && QFileInfo(dir.filePath(markerFile)).isFile();
     QVector<TDirectoryListing::Entry> entries;
-    for (const QFileInfo& info : QDir(folder).entryInfoList(patterns, filters, QDir::NoSort)) {
+    for (const QFileInfo& info : dir.entryInfoList(patterns, filters, QDir::NoSort)) {
         TDirectoryListing::Entry entry;
         entry.info = info;
         entry.isDir = info.isDir();
         entry.isSymLink = info.isSymLink();
-        entry.holdsMarker = entry.isDir && !markerFile.isEmpty()
-            && QFileInfo(childPath(info.absoluteFilePath(), markerFile)).isFile();
         entries.append(entry);
     }
     return entries;
@@ -63,13 +59,15 @@ QVector<TDirectoryListing::Entry> listWithQDir(const QString& folder, const QStr
 } // namespace
 
 QVector<TDirectoryListing::Entry> TDirectoryListing::list(const QString& folder, const QStringList& patterns,
-                                                          bool files, const QString& markerFile)
+                                                          bool files, const QString& markerFile, bool* holdsMarker)
 {
+    if (holdsMarker)
+        *holdsMarker = false;
 #ifdef Q_OS_UNIX
     const QString path = QDir::cleanPath(QFileInfo(folder).absoluteFilePath());
     DIR* dir = opendir(QFile::encodeName(path).constData());
     if (!dir)
-        return listWithQDir(folder, patterns, files, markerFile);
+        return listWithQDir(folder, patterns, files, markerFile, holdsMarker);
     const int fd = dirfd(dir);
     const QByteArray marker = QFile::encodeName(markerFile);
     Patterns filter(patterns);
@@ -110,19 +108,17 @@ QVector<TDirectoryListing::Entry> TDirectoryListing::list(const QString& folder,
         }
         if (!entry.isDir && !isFile)
             continue;
+        if (holdsMarker && isFile && marker == name)
+            *holdsMarker = true;
         const QString fileName = QFile::decodeName(name);
         if (isFile && (!files || !filter.matches(fileName)))
             continue;
         entry.info = QFileInfo(prefix + fileName);
-        if (entry.isDir && !marker.isEmpty()) {
-            const QByteArray inside = QByteArray(name) + '/' + marker;
-            entry.holdsMarker = fstatat(fd, inside.constData(), &st, 0) == 0 && S_ISREG(st.st_mode);
-        }
         entries.append(entry);
     }
     closedir(dir);
     return entries;
 #else
-    return listWithQDir(folder, patterns, files, markerFile);
+    return listWithQDir(folder, patterns, files, markerFile, holdsMarker);
 #endif
 }

@@ -13,8 +13,8 @@
 // entries and anything that is neither a file nor a folder (a broken
 // link, a device...) left out; in the order the system gives them. Where
 // the system tells an entry's kind while listing, nothing more is asked of
-// the disk than a look for the marker file inside each folder; elsewhere
-// QDir does the listing.
+// the disk (no look inside the folders listed); elsewhere QDir does the
+// listing.
 class KAHOST_EXPORT TDirectoryListing
 {
 public:
@@ -22,10 +22,11 @@ public:
         QFileInfo info;          // made from the path: it reads the disk only when asked
         bool isDir = false;
         bool isSymLink = false;
-        bool holdsMarker = false; // a folder holding the marker file as a regular file
     };
 
-    // Empty when the folder cannot be read.
+    // Empty when the folder cannot be read. With holdsMarker, tells whether
+    // the folder itself holds markerFile as a regular file (or a link to
+    // one), seen on the way, whatever the patterns and files ask.
     static QVector<Entry> list(const QString& folder, const QStringList& patterns, bool files,
-                               const QString& markerFile);
+                               const QString& markerFile = QString(), bool* holdsMarker = nullptr);
 };

@@ -64,8 +64,42 @@ bool ProjectMgrInterface::onGuiThread() const
     return QThread::currentThread() == thread();
 }
 
+namespace {
+
+// True when cleaning would give the path back unchanged: absolute, '/'
+// separators only, no empty, "." or ".." component, no trailing separator.
+// A listing's paths are all of this kind, and checking is far cheaper than
+// cleaning.
+bool isCleanAbsolute(const QString& path)
+{
+    if (!QDir::isAbsolutePath(path))
+        return false;
+    const QChar* c = path.constData();
+    const int size = path.size();
+    int start = 0; // first character of the current component
+    for (int i = 0; i <= size; ++i) {
+        const ushort u = i < size ? c[i].unicode() : '/';
+        if (u == '\\')
+            return false;
+        if (u != '/')
+            continue;
+        const int length = i - start;
+        const bool dots = (length == 1 && c[start] == QLatin1Char('.'))
+            || (length == 2 && c[start] == QLatin1Char('.') && c[start + 1] == QLatin1Char('.'));
+        // The root's own separator ("/", "C:/") ends no component.
+        if (dots || (length == 0 && i > 0 && !(i == size && size == 1)))
+            return false;
+        start = i + 1;
+    }
+    return true;
+}
+
+} // namespace
+
 QString ProjectMgrInterface::cleanFolder(const QString& folder)
 {
+    if (isCleanAbsolute(folder))
+        return folder;
     return QDir::cleanPath(QFileInfo(folder).absoluteFilePath());
 }
 
@@ -114,7 +148,7 @@ void ProjectMgrInterface::forgetLocked(KAObject2Project* project)
     m_graveyard.append(project);
 }
 
-void ProjectMgrInterface::setWorkspaceFolders(const QStringList& folders)
+void ProjectMgrInterface::setWorkspaceFolders(const QStringList& folders, int depth)
 {
     QStringList cleaned;
     for (const QString& folder : folders)
@@ -122,6 +156,7 @@ void ProjectMgrInterface::setWorkspaceFolders(const QStringList& folders)
     {
         QMutexLocker lock(&m_mutex);
         m_workspaceFolders = cleaned;
+        m_scanDepth = depth;
     }
     rescan();
 }
@@ -135,22 +170,18 @@ QStringList ProjectMgrInterface::workspaceFolders() const
 void ProjectMgrInterface::rescan()
 {
     // The disk is read without the lock; the lists are merged under it.
-    const QStringList workspace = workspaceFolders();
+    QStringList workspace;
+    int depth = 1;
+    {
+        QMutexLocker lock(&m_mutex);
+        workspace = m_workspaceFolders;
+        depth = m_scanDepth;
+    }
     QList<Found> found;
     QSet<QString> seen;
-    auto consider = [&](const QString& folder) {
-        if (!seen.contains(folder) && isProjectFolder(folder)) {
-            seen.insert(folder);
-            found.append(readFolder(folder));
-        }
-    };
-    for (const QString& root : workspace) {
-        consider(root);
-        const QFileInfoList entries =
-            QDir(root).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name | QDir::IgnoreCase);
-        for (const QFileInfo& entry : entries)
-            consider(cleanFolder(entry.absoluteFilePath()));
-    }
+    QSet<QString> visited;
+    for (const QString& root : qAsConst(workspace))
+        scanFolder(root, depth, visited, seen, found);
     QList<KAObject2Project*> elsewhere;
     {
         QMutexLocker lock(&m_mutex);
@@ -203,16 +234,52 @@ QList<const KAObject2Project*> ProjectMgrInterface::projectList() const
     return result;
 }
 
-const KAObject2Project* ProjectMgrInterface::findProject(const QString& folder)
+// The search stops at a project folder: what it holds is the project's.
+// A folder reached twice, through a link or a workspace folder inside
+// another, is searched once.
+void ProjectMgrInterface::scanFolder(const QString& folder, int depth, QSet<QString>& visited,
+                                     QSet<QString>& seen, QList<Found>& found) const
+{
+    if (isProjectFolder(folder)) {
+        if (!seen.contains(folder)) {
+            seen.insert(folder);
+            found.append(readFolder(folder));
+        }
+        return;
+    }
+    if (depth == 0)
+        return;
+    const QString canonical = QFileInfo(folder).canonicalFilePath();
+    if (canonical.isEmpty() || visited.contains(canonical))
+        return;
+    visited.insert(canonical);
+    const QFileInfoList entries =
+        QDir(folder).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name | QDir::IgnoreCase);
+    for (const QFileInfo& entry : entries)
+        scanFolder(cleanFolder(entry.absoluteFilePath()), depth > 0 ? depth - 1 : depth, visited, seen, found);
+}
+
+const KAObject2Project* ProjectMgrInterface::findProject(const QString& folder) const
 {
     if (folder.isEmpty())
         return nullptr;
     const QString cleaned = cleanFolder(folder);
-    {
-        QMutexLocker lock(&m_mutex);
-        if (KAObject2Project* project = m_byFolder.value(cleaned))
-            return project;
-    }
+    QMutexLocker lock(&m_mutex);
+    return m_byFolder.value(cleaned);
+}
+
+const KAObject2Project* ProjectMgrInterface::findProject(const QFileInfo& folder) const
+{
+    return findProject(folder.isAbsolute() ? folder.filePath() : folder.absoluteFilePath());
+}
+
+const KAObject2Project* ProjectMgrInterface::discoverProject(const QString& folder)
+{
+    if (folder.isEmpty())
+        return nullptr;
+    const QString cleaned = cleanFolder(folder);
+    if (const KAObject2Project* known = findProject(cleaned))
+        return known;
     if (!isProjectFolder(cleaned))
         return nullptr;
     const Found found = readFolder(cleaned);
@@ -242,7 +309,7 @@ const KAObject2Project* ProjectMgrInterface::projectOfPath(const QString& path)
                 return project;
         }
         if (isProjectFolder(folder))
-            return findProject(folder);
+            return discoverProject(folder);
         const QString parent = QFileInfo(folder).path();
         if (parent == folder)
             break;

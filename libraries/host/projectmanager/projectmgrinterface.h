@@ -13,6 +13,7 @@
 #include <functional>
 
 class KAObject2Project;
+class QFileInfo;
 class TProjectMgrObserver;
 namespace TechDB { class TDatabase; }
 
@@ -34,9 +35,11 @@ public:
 
     static ProjectMgrInterface* returnMe();
 
-    // Workspace folders searched for projects (one level of sub-folders and
-    // the folders themselves); rescans at once.
-    void setWorkspaceFolders(const QStringList& folders);
+    // Workspace folders searched for projects: the folders themselves and
+    // their sub-folders down to depth levels below, at any depth when depth
+    // is negative (never inside a project folder, never twice through a
+    // link); rescans at once.
+    void setWorkspaceFolders(const QStringList& folders, int depth = 1);
     QStringList workspaceFolders() const;
     void rescan();
 
@@ -44,10 +47,18 @@ public:
 
     // The host's project list.
     QList<const KAObject2Project*> projectList() const;
-    // The project whose folder is the given absolute path, or null; a
-    // project folder not yet known is added to the list.
-    const KAObject2Project* findProject(const QString& folder);
-    // The project that holds a path (the folder itself or a parent folder).
+    // The known project whose folder is the given path, or null. Only the
+    // list is looked at, never the disk: cheap enough to ask for every
+    // folder of a large listing.
+    const KAObject2Project* findProject(const QString& folder) const;
+    // The same for a folder's file info: an absolute one is taken as it
+    // stands, which spares building its absolute path.
+    const KAObject2Project* findProject(const QFileInfo& folder) const;
+    // The same, but a project folder not known yet is read from the disk
+    // and added to the list.
+    const KAObject2Project* discoverProject(const QString& folder);
+    // The project that holds a path (the folder itself or a parent folder),
+    // discovered if need be.
     const KAObject2Project* projectOfPath(const QString& path);
 
     QList<const KAObject2Project*> openProjects() const;
@@ -90,6 +101,8 @@ private:
     };
     static Found readFolder(const QString& folder);
     static QString cleanFolder(const QString& folder);
+    void scanFolder(const QString& folder, int depth, QSet<QString>& visited, QSet<QString>& seen,
+                    QList<Found>& found) const;
     // Under m_mutex.
     KAObject2Project* makeProjectLocked(const Found& found);
     void sortLocked();
@@ -102,6 +115,7 @@ private:
     mutable QMutex m_mutex;        // guards every member below
     QWaitCondition m_openFinished; // with m_mutex: an open in progress ended
     QStringList m_workspaceFolders;
+    int m_scanDepth = 1;
     QList<KAObject2Project*> m_projects;            // owned; sorted by name
     QHash<QString, KAObject2Project*> m_byFolder;   // not owned: index of m_projects
     QSet<const KAObject2Project*> m_foundElsewhere; // outside the workspace: kept by rescans

@@ -75,6 +75,7 @@ private slots:
     void lazyListing();
     void projectFolders_data();
     void projectFolders();
+    void unknownProjectFolderLearntWhenListed();
     void savedExpandedFolderListedAtBuild();
 
 private:
@@ -383,6 +384,39 @@ void tst_KAFileSystemBrowserMgr::projectFolders()
     const bool owns = projectNode->ownsData();
     projectNode->setOwnsData(false); // keep the process alive for the next tests
     QVERIFY2(!owns, "the project node owns (and deletes with the tree) the project manager's project");
+}
+
+// Only the projects the host knows are recognised, without looking into
+// each folder listed. A project folder the host does not know shows as a
+// folder; listing it teaches the host, and the next listing of its parent
+// shows the project.
+void tst_KAFileSystemBrowserMgr::unknownProjectFolderLearntWhenListed()
+{
+    const QString root = m_fixture->filePath("elsewhere");
+    QString error;
+    QVERIFY2(TSampleGenerator::generateProject(root + "/Study B", QStringLiteral("Study B"),
+                                               TestFixture::smallOptions(), 5, &error),
+             qPrintable(error));
+    ProjectMgrInterface* manager = ProjectMgrInterface::returnMe();
+    QCOMPARE(manager->findProject(root + "/Study B"), nullptr);
+    m_filter->setRootForced(root);
+
+    KAFileSystemBrowserCtrl* ctrl = makeCtrl();
+    Node* folder = childNamed(listedForcedRoot(ctrl), QStringLiteral("Study B"));
+    QVERIFY(folder);
+    QCOMPARE(folder->data()->type(), KAObjectTypeWinFolder);
+    QVERIFY(carriesPlaceholder(folder));
+    QCOMPARE(manager->findProject(root + "/Study B"), nullptr);
+
+    ctrl->fillNodeOnExpand(folder);
+    const KAObject2Project* project = manager->findProject(root + "/Study B");
+    QVERIFY(project);
+    QVERIFY(manager->projectList().contains(project));
+
+    ctrl->refreshCurrentView(false);
+    Node* projectNode = childNamed(ctrl->getTree()->firstChild(), QStringLiteral("Study B"));
+    QVERIFY(projectNode);
+    QCOMPARE(projectNode->data(), static_cast<const KAObject2*>(project));
 }
 
 // Folders saved as expanded are listed when the tree is built; the others

@@ -179,7 +179,7 @@ void KAFileSystemBrowserCtrl::resetView()
 
 KAFileSystemBrowserCtrl::Node* KAFileSystemBrowserCtrl::createProjectNode(const QFileInfo& info)
 {
-    const KAObject2Project* project = ProjectMgrInterface::returnMe()->findProject(info.absoluteFilePath());
+    const KAObject2Project* project = ProjectMgrInterface::returnMe()->findProject(info);
     if (!project || !m_filter)
         return nullptr;
     if (m_filter->contains(FsProjectContent) && !m_filter->useCustomProjectsContent()) {

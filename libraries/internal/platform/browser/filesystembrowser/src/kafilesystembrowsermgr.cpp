@@ -10,6 +10,7 @@
 #include "kaobject2wincomputer.h"
 #include "kaobject2winfolder.h"
 #include "kaobject2winitemfactory.h"
+#include "projectmgrinterface.h"
 #include "tdatabase.h"
 #include "tdirectorylisting.h"
 #include "tassert.h"
@@ -156,21 +157,29 @@ bool KAFileSystemBrowserMgr::fillNodeOnExpand(Node* node)
         delete node->firstChild();
     const QStringList patterns = m_filter ? m_filter->extensionFilters() : QStringList();
     const bool files = m_filter && m_filter->contains(FsFiles);
+    const QString path = folder->getDir().absolutePath();
+    bool holdsProject = false;
     const QVector<TDirectoryListing::Entry> entries =
-        TDirectoryListing::list(folder->getDir().absolutePath(), patterns, files, TechDB::TDatabase::databaseFileName());
+        TDirectoryListing::list(path, patterns, files, TechDB::TDatabase::databaseFileName(), &holdsProject);
+    // Project folders are the ones the host knows: nothing inside the listed
+    // folders is looked at. A project folder the host does not know yet is
+    // seen when it is listed itself: the host learns it, and it shows as a
+    // project from the next listing of its parent on.
+    if (holdsProject)
+        ProjectMgrInterface::returnMe()->discoverProject(path);
     const bool showProjects = m_filter && m_filter->contains(KAObjectTypeProject);
-    // The project folders among the entries are made into project nodes in
-    // one call, so that a controller may gather their content at once.
-    QList<QFileInfo> candidates;
+    // The folders are offered in one call, so that a controller may gather
+    // the content of the projects among them at once.
+    QList<QFileInfo> folders;
     for (const TDirectoryListing::Entry& entry : entries) {
-        if (entry.holdsMarker)
-            candidates.append(entry.info);
+        if (entry.isDir)
+            folders.append(entry.info);
     }
-    const QList<Node*> projects = m_fsCtrl && !candidates.isEmpty() ? m_fsCtrl->createProjectNodes(candidates)
-                                                                     : QList<Node*>();
-    int candidateIndex = 0;
+    const QList<Node*> projects = m_fsCtrl && !folders.isEmpty() ? m_fsCtrl->createProjectNodes(folders)
+                                                                  : QList<Node*>();
+    int folderIndex = 0;
     for (const TDirectoryListing::Entry& entry : entries) {
-        Node* project = entry.holdsMarker ? projects.value(candidateIndex++) : nullptr;
+        Node* project = entry.isDir ? projects.value(folderIndex++) : nullptr;
         if (project) {
             if (!showProjects) {
                 m_fsCtrl->forgetProjectNode(project);

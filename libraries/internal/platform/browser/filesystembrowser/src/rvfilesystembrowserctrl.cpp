@@ -85,7 +85,7 @@ QList<RVFileSystemBrowserCtrl::Node*> RVFileSystemBrowserCtrl::createProjectNode
     found.reserve(folders.size());
     ProjectMgrInterface* manager = ProjectMgrInterface::returnMe();
     for (const QFileInfo& folder : folders)
-        found.append(manager->findProject(folder.absoluteFilePath()));
+        found.append(manager->findProject(folder));
 
     QList<const KAObject2Project*> projects;
     for (const KAObject2Project* project : qAsConst(found)) {
