@@ -4,6 +4,8 @@
 #include "testfixture.h"
 #include "ttree.h"
 
+#include <QIcon>
+#include <QPixmap>
 #include <QTest>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
@@ -43,6 +45,7 @@ private slots:
     void overriddenSortKeyGoesLast();
     void itemHoldsObjectNodeAndVariable();
     void placeholderForm();
+    void iconAndKeyAsTheViewReadsThem();
     void iconName_data();
     void iconName();
 
@@ -196,6 +199,38 @@ void TestKATreeWidgetItem::itemHoldsObjectNodeAndVariable()
     auto* child = new KATreeWidgetItem(item, makeObject("child"));
     QCOMPARE(child->parent(), item);
     QCOMPARE(item->childCount(), 1);
+}
+
+// What the view shows of an item: the kind's icon unless one is set on the
+// item, and the key in the sort column, also after it is set anew.
+void TestKATreeWidgetItem::iconAndKeyAsTheViewReadsThem()
+{
+    new KATreeWidgetItem(m_view.get(), makeObject("Signal 1"));
+    auto* item = new KATreeWidgetItem(m_view.get(), makeObject("Signal 2"));
+    new KATreeWidgetItem(m_view.get(), makeObject("F:Folder"));
+    const QAbstractItemModel* model = m_view->model();
+    auto icon = [&](int row) {
+        return model->data(model->index(row, KATreeWidgetItem::NameColumn), Qt::DecorationRole).value<QIcon>();
+    };
+    const QModelIndex key = model->index(1, KATreeWidgetItem::SortKeyColumn);
+    QCOMPARE(model->data(key).toString(), KATreeWidgetItem::naturalSortKey(QStringLiteral("Signal 2"), false));
+    QCOMPARE(model->data(key, Qt::EditRole).toString(), model->data(key).toString());
+    QVERIFY(!icon(1).isNull());
+    QCOMPARE(icon(1).cacheKey(), icon(0).cacheKey());
+    QVERIFY(icon(2).cacheKey() != icon(1).cacheKey());
+
+    QPixmap red(16, 16);
+    red.fill(Qt::red);
+    const QIcon own(red);
+    item->setIcon(KATreeWidgetItem::NameColumn, own);
+    QCOMPARE(icon(1).cacheKey(), own.cacheKey());
+    item->setIcon(KATreeWidgetItem::NameColumn, QIcon());
+    QVERIFY(icon(1).isNull());
+    QVERIFY(!icon(0).isNull());
+
+    item->setText(KATreeWidgetItem::SortKeyColumn, QStringLiteral("0"));
+    QCOMPARE(model->data(model->index(1, KATreeWidgetItem::SortKeyColumn)).toString(), QStringLiteral("0"));
+    QCOMPARE(item->sortText(), QStringLiteral("0"));
 }
 
 void TestKATreeWidgetItem::placeholderForm()

@@ -10,6 +10,9 @@ class KAHOST_EXPORT KAObject2WinFolder : public KAObject2WinFile
 public:
     explicit KAObject2WinFolder(const QFileInfo& info)
         : KAObject2WinFile(info, displayName(info), KAObjectTypeWinFolder) {}
+    // With the name shown already known (the entry's file name).
+    KAObject2WinFolder(const QFileInfo& info, const QString& name)
+        : KAObject2WinFile(info, name, KAObjectTypeWinFolder) {}
     QDir getDir() const { return QDir(filePath()); }
     KAObject2* clone() const override { return new KAObject2WinFolder(*this); }
 

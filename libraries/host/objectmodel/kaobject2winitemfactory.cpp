@@ -13,3 +13,10 @@ KAObject2WinFile* KAObject2WinItemFactory::createItem(const QFileInfo& info, boo
         return new KAObject2WinFolder(info);
     return new KAObject2WinFile(info);
 }
+
+KAObject2WinFile* KAObject2WinItemFactory::createItem(const QFileInfo& info, bool isDir, const QString& fileName)
+{
+    if (isDir)
+        return new KAObject2WinFolder(info, fileName);
+    return new KAObject2WinFile(info, fileName);
+}

@@ -4,6 +4,7 @@
 
 class KAObject2WinFile;
 class QFileInfo;
+class QString;
 
 // Makes the object of a file-system entry: a folder for a directory, a file
 // otherwise. The caller owns it.
@@ -13,4 +14,6 @@ public:
     static KAObject2WinFile* createItem(const QFileInfo& info);
     // The same when the caller already knows the kind: the disk is not asked.
     static KAObject2WinFile* createItem(const QFileInfo& info, bool isDir);
+    // And its file name, as a listing gives it.
+    static KAObject2WinFile* createItem(const QFileInfo& info, bool isDir, const QString& fileName);
 };

@@ -49,6 +49,7 @@ QVector<TDirectoryListing::Entry> listWithQDir(const QString& folder, const QStr
     for (const QFileInfo& info : dir.entryInfoList(patterns, filters, QDir::NoSort)) {
         TDirectoryListing::Entry entry;
         entry.info = info;
+        entry.name = info.fileName();
         entry.isDir = info.isDir();
         entry.isSymLink = info.isSymLink();
         entries.append(entry);
@@ -114,6 +115,7 @@ QVector<TDirectoryListing::Entry> TDirectoryListing::list(const QString& folder,
         if (isFile && (!files || !filter.matches(fileName)))
             continue;
         entry.info = QFileInfo(prefix + fileName);
+        entry.name = fileName;
         entries.append(entry);
     }
     closedir(dir);

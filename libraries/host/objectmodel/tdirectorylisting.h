@@ -20,6 +20,7 @@ class KAHOST_EXPORT TDirectoryListing
 public:
     struct Entry {
         QFileInfo info;          // made from the path: it reads the disk only when asked
+        QString name;            // the file name
         bool isDir = false;
         bool isSymLink = false;
     };

@@ -94,6 +94,18 @@ bool isCleanAbsolute(const QString& path)
     return true;
 }
 
+// The last name of a path, separators at its end aside.
+QStringRef lastName(const QString& path)
+{
+    int end = path.size();
+    while (end > 0 && (path.at(end - 1) == QLatin1Char('/') || path.at(end - 1) == QLatin1Char('\\')))
+        --end;
+    int start = end;
+    while (start > 0 && path.at(start - 1) != QLatin1Char('/') && path.at(start - 1) != QLatin1Char('\\'))
+        --start;
+    return path.midRef(start, end - start);
+}
+
 } // namespace
 
 QString ProjectMgrInterface::cleanFolder(const QString& folder)
@@ -129,6 +141,7 @@ KAObject2Project* ProjectMgrInterface::makeProjectLocked(const Found& found)
     project->setProjectState(found.state);
     m_projects.append(project);
     m_byFolder.insert(found.folder, project);
+    ++m_lastNames[qHash(lastName(found.folder))];
     return project;
 }
 
@@ -144,6 +157,9 @@ void ProjectMgrInterface::forgetLocked(KAObject2Project* project)
 {
     m_projects.removeAll(project);
     m_byFolder.remove(project->folder());
+    const uint name = qHash(lastName(project->folder()));
+    if (--m_lastNames[name] <= 0)
+        m_lastNames.remove(name);
     m_foundElsewhere.remove(project);
     m_graveyard.append(project);
 }
@@ -263,6 +279,15 @@ const KAObject2Project* ProjectMgrInterface::findProject(const QString& folder) 
 {
     if (folder.isEmpty())
         return nullptr;
+    // Most folders asked for are not projects: a last name that no known
+    // project has rules a folder out before its path is cleaned.
+    const QStringRef name = lastName(folder);
+    const bool dots = name == QLatin1String(".") || name == QLatin1String("..");
+    {
+        QMutexLocker lock(&m_mutex);
+        if (!dots && !m_lastNames.contains(qHash(name)))
+            return nullptr;
+    }
     const QString cleaned = cleanFolder(folder);
     QMutexLocker lock(&m_mutex);
     return m_byFolder.value(cleaned);

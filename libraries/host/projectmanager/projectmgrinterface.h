@@ -118,6 +118,7 @@ private:
     int m_scanDepth = 1;
     QList<KAObject2Project*> m_projects;            // owned; sorted by name
     QHash<QString, KAObject2Project*> m_byFolder;   // not owned: index of m_projects
+    QHash<uint, int> m_lastNames;                   // hash of a folder's last name: how many have it
     QSet<const KAObject2Project*> m_foundElsewhere; // outside the workspace: kept by rescans
     QList<KAObject2Project*> m_open;                // not owned (ours, or the caller's)
     QSet<const KAObject2Project*> m_opening;        // being opened by some thread

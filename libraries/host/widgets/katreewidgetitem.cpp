@@ -43,14 +43,15 @@ bool isAscii(const QString& text)
 }
 
 // Icons are shared by every item of a kind; items are made on the GUI
-// thread only, so the cache needs no lock.
-QIcon iconFor(const char* name)
+// thread only, so the cache needs no lock. The icons stay where they are
+// for the life of the process; a kind without a picture gets null.
+const QIcon* iconFor(const char* name)
 {
     static QHash<const char*, QIcon> cache;
     auto it = cache.constFind(name);
     if (it == cache.constEnd())
         it = cache.insert(name, QIcon(TPixmapCache::find(name)));
-    return it.value();
+    return it.value().isNull() ? nullptr : &it.value();
 }
 
 } // namespace
@@ -112,18 +113,28 @@ void KATreeWidgetItem::initFromObject()
 {
     if (!m_object)
         return;
-    // The key column first, so that the item's columns are sized once; the
-    // key is the one sortKey() gives (an override is not reachable from this
-    // constructor), and a free item has no place to move to.
+    // Only the name is stored in Qt's item: the key and the kind's icon are
+    // read from the item (data()), which spares every item two stored
+    // values. The key is the one sortKey() gives (an override is not
+    // reachable from this constructor), and a free item has no place to
+    // move to.
     const QString& name = m_object->name();
     m_sortKey = naturalSortKey(name, static_cast<qint32>(m_object->type()) == 260);
-    QTreeWidgetItem::setData(SortKeyColumn, Qt::DisplayRole, m_sortKey);
     QTreeWidgetItem::setData(NameColumn, Qt::DisplayRole, name);
-    if (const char* icon = iconName(m_object)) {
-        const QIcon shown = iconFor(icon);
-        if (!shown.isNull())
-            setIcon(NameColumn, shown);
+    if (const char* icon = iconName(m_object))
+        m_kindIcon = iconFor(icon);
+}
+
+QVariant KATreeWidgetItem::data(int column, int role) const
+{
+    if (column == SortKeyColumn && (role == Qt::DisplayRole || role == Qt::EditRole) && !m_sortKey.isNull())
+        return m_sortKey;
+    if (column == NameColumn && role == Qt::DecorationRole && m_kindIcon) {
+        // An icon set on the item (even a null one) replaces the kind's.
+        const QVariant own = QTreeWidgetItem::data(column, role);
+        return own.isValid() ? own : QVariant(*m_kindIcon);
     }
+    return QTreeWidgetItem::data(column, role);
 }
 
 QString KATreeWidgetItem::sortKey() const
@@ -258,7 +269,8 @@ bool KATreeWidgetItem::refreshFrom(const KATreeWidgetItem& fresh)
     // Cell by cell and only what differs: the view repaints a changed cell
     // if it is on screen, and nothing else. The key column goes through
     // setData() like any other, which moves the item if its key changed.
-    const int columns = qMax(columnCount(), fresh.columnCount());
+    // The key column is read from the item, whatever Qt's item holds.
+    const int columns = qMax(qMax(columnCount(), fresh.columnCount()), int(SortKeyColumn) + 1);
     for (int column = 0; column < columns; ++column) {
         for (int role = Qt::DisplayRole; role <= Qt::InitialSortOrderRole; ++role) {
             if (role == Qt::EditRole)
@@ -273,5 +285,9 @@ bool KATreeWidgetItem::refreshFrom(const KATreeWidgetItem& fresh)
     if (childIndicatorPolicy() != fresh.childIndicatorPolicy())
         setChildIndicatorPolicy(fresh.childIndicatorPolicy());
     m_var = fresh.m_var;
+    if (m_kindIcon != fresh.m_kindIcon) {
+        m_kindIcon = fresh.m_kindIcon;
+        emitDataChanged();
+    }
     return true;
 }

@@ -6,6 +6,7 @@
 #include <QVariant>
 
 class KAObject2;
+class QIcon;
 template <class T> class TTree;
 
 // A tree item that shows one object: its name in column 0, its kind's icon,
@@ -79,6 +80,7 @@ public:
 
     // In the sort column, compares the keys as plain strings.
     bool operator<(const QTreeWidgetItem& other) const override;
+    QVariant data(int column, int role) const override;
     void setData(int column, int role, const QVariant& value) override;
 
 protected:
@@ -92,5 +94,6 @@ private:
     const KAObject2* m_object = nullptr; // not owned
     TTree<KAObject2*>* m_node = nullptr; // not owned
     QVariant m_var;
-    QString m_sortKey; // copy of the sort column, for fast comparisons
+    QString m_sortKey;                 // the sort column's text
+    const QIcon* m_kindIcon = nullptr; // shown unless an icon is set; not owned
 };

@@ -195,7 +195,7 @@ bool KAFileSystemBrowserMgr::fillNodeOnExpand(Node* node)
             }
             continue;
         }
-        Node* child = newChild(node, KAObject2WinItemFactory::createItem(entry.info, entry.isDir));
+        Node* child = newChild(node, KAObject2WinItemFactory::createItem(entry.info, entry.isDir, entry.name));
         if (entry.isDir)
             attach(child, entry.isSymLink);
     }
