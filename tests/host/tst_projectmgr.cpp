@@ -238,6 +238,17 @@ void TestProjectMgr::discoverProjectAddsProjectsFoundElsewhere()
     QCOMPARE(m_mgr->projectList(), QList<const KAObject2Project*>{project});
     m_mgr->rescan();
     QCOMPARE(m_mgr->projectList(), QList<const KAObject2Project*>{project});
+
+    // A project of the same folder name elsewhere, forgotten once its folder
+    // is gone, leaves the first one found.
+    const QString twin = m_fixture->filePath(QStringLiteral("workspace/Outside"));
+    QVERIFY(TDatabase::createProject(twin, QStringLiteral("Twin"), nullptr));
+    m_mgr->rescan();
+    QVERIFY(m_mgr->findProject(twin));
+    QVERIFY(QDir(twin).removeRecursively());
+    m_mgr->rescan();
+    QCOMPARE(m_mgr->findProject(twin), nullptr);
+    QCOMPARE(m_mgr->findProject(elsewhere), project);
 }
 
 void TestProjectMgr::openCloseAndCurrent()
