@@ -27,9 +27,13 @@ public:
 class KindCreator : public KATreeWidgetItemCreatorAbstract
 {
 public:
-    KindCreator(const QString& mark, KAObjectType kind, QStringList* log)
-        : m_mark(mark), m_kind(kind), m_log(log)
+    KindCreator(const QString& mark, KAObjectType kind, QStringList* log, bool declared = false)
+        : m_mark(mark), m_kind(kind), m_log(log), m_declared(declared)
     {
+    }
+    QVector<KAObjectType> itemKinds() const override
+    {
+        return m_declared ? QVector<KAObjectType>{m_kind} : QVector<KAObjectType>();
     }
     KATreeWidgetItem* createItem(const KAObject2* object, QTreeWidgetItem* parentItem, QTreeWidget* view) override
     {
@@ -43,6 +47,7 @@ private:
     QString m_mark;
     KAObjectType m_kind;
     QStringList* m_log; // not owned
+    bool m_declared;    // names its kind
 };
 
 } // namespace
@@ -59,6 +64,7 @@ private slots:
     void creatorsAskedInRegistrationOrder_data();
     void creatorsAskedInRegistrationOrder();
     void removedCreatorIsNotAsked();
+    void creatorAskedOnlyForTheKindsItNames();
     void defaultItemUnderParentOrInView();
     void nullObjectMakesNothing();
 
@@ -131,6 +137,34 @@ void TestKATreeWidgetItemCreator::removedCreatorIsNotAsked()
     QVERIFY(item);
     QCOMPARE(m_log, (QStringList{"wells", "signals too"}));
     QCOMPARE(item->getVar().toString(), QStringLiteral("signals too"));
+}
+
+// A creator that names its kinds is asked for those only, in its place
+// among the others; kinds asked for before the registry changed are looked
+// up again.
+void TestKATreeWidgetItemCreator::creatorAskedOnlyForTheKindsItNames()
+{
+    KATreeWidgetItemCreator* factory = KATreeWidgetItemCreator::instance();
+    KAObject2 analysis(KAObjectTypeAnalysis, QStringLiteral("analysis"));
+    KAObject2 well(KAObjectTypeWell, QStringLiteral("well"));
+    QVERIFY(factory->createItemTree(&analysis, nullptr, m_view.get()));
+    QVERIFY(factory->createItemTree(&well, nullptr, m_view.get()));
+    QCOMPARE(m_log, (QStringList{"wells", "signals", "signals too", "wells"}));
+
+    KindCreator named("named wells", KAObjectTypeWell, &m_log, true);
+    factory->removeCreator(m_wells.get());
+    factory->addCreator(&named);
+    m_log.clear();
+    QCOMPARE(factory->createItemTree(&analysis, nullptr, m_view.get())->getVar().toString(), QString());
+    QCOMPARE(m_log, (QStringList{"signals", "signals too"}));
+    m_log.clear();
+    QCOMPARE(factory->createItemTree(&well, nullptr, m_view.get())->getVar().toString(), QStringLiteral("named wells"));
+    QCOMPARE(m_log, (QStringList{"signals", "signals too", "named wells"}));
+
+    factory->removeCreator(&named);
+    m_log.clear();
+    QCOMPARE(factory->createItemTree(&well, nullptr, m_view.get())->getVar().toString(), QString());
+    QCOMPARE(m_log, (QStringList{"signals", "signals too"}));
 }
 
 void TestKATreeWidgetItemCreator::defaultItemUnderParentOrInView()

@@ -1,5 +1,6 @@
 #include "katreewidgetitemcreator.h"
 
+#include "kaobject2.h"
 #include "katreewidgetitem.h"
 #include "katreewidgetitemcreatorabstract.h"
 
@@ -11,13 +12,31 @@ KATreeWidgetItemCreator* KATreeWidgetItemCreator::instance()
 
 void KATreeWidgetItemCreator::addCreator(KATreeWidgetItemCreatorAbstract* creator)
 {
-    if (creator && !m_creators.contains(creator))
+    if (creator && !m_creators.contains(creator)) {
         m_creators.append(creator);
+        m_byKind.clear();
+    }
 }
 
 void KATreeWidgetItemCreator::removeCreator(KATreeWidgetItemCreatorAbstract* creator)
 {
-    m_creators.removeAll(creator);
+    if (m_creators.removeAll(creator) > 0)
+        m_byKind.clear();
+}
+
+const QVector<KATreeWidgetItemCreatorAbstract*>& KATreeWidgetItemCreator::creatorsOf(int kind)
+{
+    auto it = m_byKind.constFind(kind);
+    if (it == m_byKind.constEnd()) {
+        QVector<KATreeWidgetItemCreatorAbstract*> creators;
+        for (KATreeWidgetItemCreatorAbstract* creator : qAsConst(m_creators)) {
+            const QVector<KAObjectType> kinds = creator->itemKinds();
+            if (kinds.isEmpty() || kinds.contains(KAObjectType(kind)))
+                creators.append(creator);
+        }
+        it = m_byKind.insert(kind, creators);
+    }
+    return it.value();
 }
 
 KATreeWidgetItem* KATreeWidgetItemCreator::createItemTree(const KAObject2* object, QTreeWidgetItem* parentItem,
@@ -26,7 +45,7 @@ KATreeWidgetItem* KATreeWidgetItemCreator::createItemTree(const KAObject2* objec
     if (!object)
         return nullptr;
     // A shared copy: a creator may unregister itself while asked.
-    const QVector<KATreeWidgetItemCreatorAbstract*> creators = m_creators;
+    const QVector<KATreeWidgetItemCreatorAbstract*> creators = creatorsOf(int(object->type()));
     for (KATreeWidgetItemCreatorAbstract* creator : creators) {
         if (KATreeWidgetItem* item = creator->createItem(object, parentItem, view))
             return item;

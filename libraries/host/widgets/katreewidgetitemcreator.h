@@ -2,6 +2,7 @@
 
 #include "kahost_export.h"
 
+#include <QHash>
 #include <QVector>
 
 class KAObject2;
@@ -10,9 +11,9 @@ class KATreeWidgetItemCreatorAbstract;
 class QTreeWidget;
 class QTreeWidgetItem;
 
-// The item factory of every view: asks the registered creators in
-// registration order and falls back to a plain KATreeWidgetItem.
-// GUI thread only.
+// The item factory of every view: asks the registered creators that make
+// the object's kind, in registration order, and falls back to a plain
+// KATreeWidgetItem. GUI thread only.
 class KAHOST_EXPORT KATreeWidgetItemCreator
 {
 public:
@@ -31,5 +32,10 @@ public:
 
 private:
     KATreeWidgetItemCreator() = default;
+    const QVector<KATreeWidgetItemCreatorAbstract*>& creatorsOf(int kind);
+
     QVector<KATreeWidgetItemCreatorAbstract*> m_creators; // not owned
+    // Per kind, the creators to ask; made when first needed, forgotten
+    // whenever the registry changes.
+    QHash<int, QVector<KATreeWidgetItemCreatorAbstract*>> m_byKind;
 };

@@ -1,3 +1,8 @@
 #include "katreewidgetitemcreatorabstract.h"
 
 KATreeWidgetItemCreatorAbstract::~KATreeWidgetItemCreatorAbstract() = default;
+
+QVector<KAObjectType> KATreeWidgetItemCreatorAbstract::itemKinds() const
+{
+    return {};
+}

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "kahost_export.h"
+#include "kaobjecttype.h"
+
+#include <QVector>
 
 class KAObject2;
 class KATreeWidgetItem;
@@ -20,4 +23,10 @@ public:
     // Runs for every item a view shows: keep it cheap.
     virtual KATreeWidgetItem* createItem(const KAObject2* object, QTreeWidgetItem* parentItem,
                                          QTreeWidget* view) = 0;
+
+    // The kinds of the objects createItem() may make items of; empty (the
+    // default) for any kind. A creator is never asked for another kind, so
+    // a view full of objects that no creator makes does not ask them all
+    // for every item.
+    virtual QVector<KAObjectType> itemKinds() const;
 };

@@ -32,6 +32,7 @@ public:
 
     KATreeWidgetItemCreatorAbstract* itemCreator() override { return this; }
     KATreeWidgetItem* createItem(const KAObject2* object, QTreeWidgetItem* parentItem, QTreeWidget* view) override;
+    QVector<KAObjectType> itemKinds() const override { return {KAObjectTypeCompoundBranch}; }
 
     TechDB::TDatabase* database() const;
 

@@ -28,6 +28,7 @@ public:
 
     KATreeWidgetItemCreatorAbstract* itemCreator() override { return this; }
     KATreeWidgetItem* createItem(const KAObject2* object, QTreeWidgetItem* parentItem, QTreeWidget* view) override;
+    QVector<KAObjectType> itemKinds() const override { return {KAObjectTypeExternalFolders, KAObjectTypeExternalFile}; }
     QList<QAction*> contextActions(Node* node) override;
 
     // Links a folder to the project; false when already linked or missing.

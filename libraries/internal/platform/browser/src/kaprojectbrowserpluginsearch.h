@@ -30,6 +30,7 @@ public:
 
     KATreeWidgetItemCreatorAbstract* itemCreator() override { return this; }
     KATreeWidgetItem* createItem(const KAObject2* object, QTreeWidgetItem* parentItem, QTreeWidget* view) override;
+    QVector<KAObjectType> itemKinds() const override { return {KAObjectTypeSearch, KAObjectTypeSearchFolder}; }
 
     const QMap<QString, QString>& savedSearches() const { return m_savedSearches; }
     const QString& searchText() const { return m_searchText; }
