@@ -306,6 +306,10 @@ void tst_KAProjectBrowserPluginSearch::matchesLikeContainsIgnoringCase()
     Node* signal = nodesOfType(analyses.at(0), KAObjectTypeSignal).value(0);
     QVERIFY(signal);
     rename(signal->data(), QStringLiteral("Пробоотбор σήμα"));
+    // A signal that matches under an analysis that matches too.
+    Node* matchingSignal = nodesOfType(analyses.at(3), KAObjectTypeSignal).value(0);
+    QVERIFY(matchingSignal);
+    rename(matchingSignal->data(), QStringLiteral("Signal XABCX"));
 
     // The reference: every object of the searched trees whose name contains
     // the text, compared the way QString does it.
@@ -325,9 +329,13 @@ void tst_KAProjectBrowserPluginSearch::matchesLikeContainsIgnoringCase()
 
     plugin()->search(text, KAObjectType(kind));
     QSet<const KAObject2*> matched;
+    QSet<const KAObject2*> shown;
     for (Node* category : childNodes(results())) {
         const bool isCategory = category->data()->type() == KAObjectTypeFolder;
         for (Node* n : isCategory ? allNodes(category).mid(1) : allNodes(category)) {
+            // A match that also gives context to another is shown once.
+            QVERIFY2(!shown.contains(n->data()), qPrintable(n->data()->name()));
+            shown.insert(n->data());
             if (n->data()->name().contains(text, Qt::CaseInsensitive))
                 matched.insert(n->data());
             else

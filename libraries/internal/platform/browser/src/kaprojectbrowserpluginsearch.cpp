@@ -149,13 +149,24 @@ bool KAProjectBrowserPluginSearch::searchTree(Node* tree, Node* category, const 
         if (!object || object->type() == KAObjectTypeFolder || matcher.indexIn(object->foldedName()) < 0)
             continue;
         matched = true;
-        if (shown.contains(object))
+        // Only the kinds that hold others in a result are remembered: most
+        // matches are never looked up again, and a hash entry each would
+        // cost more than the match.
+        const bool holds = holdsOthers(object->type());
+        if (holds && shown.contains(object))
             continue; // already shown as the context of a match
         Node* node = new Node(resultParent(object, category, shown), -1);
         node->setData(const_cast<KAObject2*>(object));
-        shown.insert(object, node);
+        if (holds)
+            shown.insert(object, node);
     }
     return matched;
+}
+
+// The kinds under which resultParent() puts others.
+bool KAProjectBrowserPluginSearch::holdsOthers(KAObjectType type)
+{
+    return type == KAObjectTypeAnalysis || type == KAObjectTypeWell || type == KAObjectTypeDataset;
 }
 
 // Signals go under their analysis, datasets under their well, variables
