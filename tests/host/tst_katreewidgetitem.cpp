@@ -46,6 +46,7 @@ private slots:
     void itemHoldsObjectNodeAndVariable();
     void placeholderForm();
     void iconAndKeyAsTheViewReadsThem();
+    void renamedObjectGetsItsNewKey();
     void iconName_data();
     void iconName();
 
@@ -231,6 +232,19 @@ void TestKATreeWidgetItem::iconAndKeyAsTheViewReadsThem()
     item->setText(KATreeWidgetItem::SortKeyColumn, QStringLiteral("0"));
     QCOMPARE(model->data(model->index(1, KATreeWidgetItem::SortKeyColumn)).toString(), QStringLiteral("0"));
     QCOMPARE(item->sortText(), QStringLiteral("0"));
+}
+
+// The key an object keeps for its next items follows its name.
+void TestKATreeWidgetItem::renamedObjectGetsItsNewKey()
+{
+    KAObject2* object = makeObject(QStringLiteral("Échantillon 10"));
+    auto* first = new KATreeWidgetItem(m_view.get(), object);
+    QCOMPARE(first->sortText(), KATreeWidgetItem::naturalSortKey(QStringLiteral("Échantillon 10"), false));
+    object->setName(QStringLiteral("Blank 9"));
+    auto* second = new KATreeWidgetItem(m_view.get(), object);
+    QCOMPARE(second->sortText(), KATreeWidgetItem::naturalSortKey(QStringLiteral("Blank 9"), false));
+    QCOMPARE(second->text(KATreeWidgetItem::SortKeyColumn), second->sortText());
+    QCOMPARE(first->sortText(), KATreeWidgetItem::naturalSortKey(QStringLiteral("Échantillon 10"), false));
 }
 
 void TestKATreeWidgetItem::placeholderForm()

@@ -90,6 +90,7 @@ void KAObject2::setName(const QString& name)
 {
     m_name = name;
     m_foldedName = foldName(name);
+    m_itemSortKey.clear();
 }
 
 void KAObject2::setParentObject(KAObject2* parent)

@@ -27,6 +27,12 @@ public:
     const QString& foldedName() const { return m_foldedName; }
     void setName(const QString& name);
 
+    // The key a tree item sorts the object by, kept by the first item made
+    // for the next ones; null until then, and again after a renaming. GUI
+    // thread only: the search workers never read it.
+    const QString& itemSortKey() const { return m_itemSortKey; }
+    void keepItemSortKey(const QString& key) const { m_itemSortKey = key; }
+
     TechDB::TDatabase* db() const { return m_db; }
     void dbChange(TechDB::TDatabase* db) { m_db = db; }
 
@@ -50,6 +56,7 @@ private:
     KAObjectType m_type;
     QString m_name;
     QString m_foldedName;
+    mutable QString m_itemSortKey; // not copied: a copy makes its own
     TechDB::TDatabase* m_db = nullptr; // not owned
     qint64 m_id = 0;
     KAObject2* m_parent = nullptr;     // not owned

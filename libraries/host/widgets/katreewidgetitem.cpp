@@ -118,8 +118,14 @@ void KATreeWidgetItem::initFromObject()
     // values. The key is the one sortKey() gives (an override is not
     // reachable from this constructor), and a free item has no place to
     // move to.
+    // The object keeps its key for the next item made of it (a search
+    // shows the same objects again and again).
     const QString& name = m_object->name();
-    m_sortKey = naturalSortKey(name, static_cast<qint32>(m_object->type()) == 260);
+    m_sortKey = m_object->itemSortKey();
+    if (m_sortKey.isNull()) {
+        m_sortKey = naturalSortKey(name, static_cast<qint32>(m_object->type()) == 260);
+        m_object->keepItemSortKey(m_sortKey);
+    }
     QTreeWidgetItem::setData(NameColumn, Qt::DisplayRole, name);
     if (const char* icon = iconName(m_object))
         m_kindIcon = iconFor(icon);
