@@ -217,8 +217,11 @@ void tst_BackgroundSearch::supersedingSearchesNeverShowOlderResults()
         ctrl->search(text);
         QTRY_COMPARE(ctrl->mediator()->text(), text); // started, the older ones still running
         numbers << ctrl->mediator()->currentSearch();
+        // Results taken off the view wait to be freed, one search's at most.
+        QVERIFY(ctrl->mediator()->retiredResultCount() <= projectCount());
     }
     QTRY_QUIET(projectCount());
+    QTRY_COMPARE(ctrl->mediator()->retiredResultCount(), 0);
 
     // Each shown result answers the search in force when it was shown.
     QVERIFY(!ctrl->results.isEmpty());
@@ -326,7 +329,11 @@ void tst_BackgroundSearch::secondSearchReusesOpenedProjects()
     m_progress.log.clear();
     ctrl->search(QStringLiteral("Café"));
     QTRY_COMPARE(ctrl->mediator()->text(), QStringLiteral("Café"));
+    // The first search's results leave the view at once and are freed once
+    // the second is over.
+    QCOMPARE(ctrl->mediator()->retiredResultCount(), projectCount());
     QTRY_QUIET(projectCount());
+    QTRY_COMPARE(ctrl->mediator()->retiredResultCount(), 0);
     QCOMPARE(ctrl->mediator()->openedControllers(), opened);
     QVERIFY(!m_progress.log.contains(QStringLiteral("start %1").arg(projectCount())));
     QCOMPARE(ctrl->resultsOf(ctrl->mediator()->currentSearch()).size(), projectCount());

@@ -66,12 +66,17 @@ KAFileSystemBrowserSearchMediator::KAFileSystemBrowserSearchMediator(KAFileSyste
 {
     m_resultTimer.setInterval(0);
     connect(&m_resultTimer, &QTimer::timeout, this, &KAFileSystemBrowserSearchMediator::showNextResult);
+    m_retiredTimer.setSingleShot(true);
+    m_retiredTimer.setInterval(100);
+    connect(&m_retiredTimer, &QTimer::timeout, this, &KAFileSystemBrowserSearchMediator::freeRetiredResults);
 }
 
 KAFileSystemBrowserSearchMediator::~KAFileSystemBrowserSearchMediator()
 {
     m_resultTimer.disconnect(this);
     m_resultTimer.stop();
+    m_retiredTimer.disconnect(this);
+    m_retiredTimer.stop();
     cancel(false);
     delete m_openAllThread;
     delete m_searchThread;
@@ -102,7 +107,7 @@ void KAFileSystemBrowserSearchMediator::search(const QString& text)
     // and theirs are delivered only once this returns to the event loop.
     m_searchThread->startWorkers();
     m_controller->clearEditor();
-    dropShownResults();
+    retireShownResults();
 }
 
 void KAFileSystemBrowserSearchMediator::cancelOpenAll()
@@ -241,6 +246,32 @@ void KAFileSystemBrowserSearchMediator::dropShownResults()
 {
     qDeleteAll(m_shown);
     m_shown.clear();
+    qDeleteAll(m_retired);
+    m_retired.clear();
+}
+
+// Freeing a search's results takes as long as showing a good part of them
+// (their nodes were made by the workers, whose memory the workers of the
+// new search are using): it waits until the new search is over. Results
+// retired earlier and still there go at once, so that typing fast never
+// piles up more than one search's results.
+void KAFileSystemBrowserSearchMediator::retireShownResults()
+{
+    qDeleteAll(m_retired);
+    m_retired = m_shown;
+    m_shown.clear();
+    if (!m_retired.isEmpty())
+        m_retiredTimer.start();
+}
+
+void KAFileSystemBrowserSearchMediator::freeRetiredResults()
+{
+    if (!isFinished()) {
+        m_retiredTimer.start();
+        return;
+    }
+    qDeleteAll(m_retired);
+    m_retired.clear();
 }
 
 void KAFileSystemBrowserSearchMediator::showNextResult()

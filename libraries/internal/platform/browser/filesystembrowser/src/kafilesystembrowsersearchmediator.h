@@ -58,6 +58,10 @@ public:
     // Nothing more will arrive for the current search: no project left to
     // open or search, no result waiting (posted events delivered first).
     bool isFinished() const;
+    // Results a newer search took off the view and that are not freed yet:
+    // they go once that search is over, so that freeing them never slows
+    // its start.
+    int retiredResultCount() const { return m_retired.size(); }
     // The controller rebuilt its tree: an active search runs again.
     void treeRebuilt();
 
@@ -65,6 +69,7 @@ public:
 
 private slots:
     void showNextResult();
+    void freeRetiredResults();
 
 private:
     void openAllProjects();
@@ -72,6 +77,7 @@ private:
     void customContentSearch();
     void cancelOpenAll();
     void dropShownResults();
+    void retireShownResults();
     void dropQueuedResults();
     void cancel(bool resetView);
 
@@ -84,7 +90,9 @@ private:
     int m_currentSearch = 0;
     QList<QPair<ulong, TTree<KAObject2*>*>> m_queue;              // results not shown yet, owned
     QList<TTree<KAObject2*>*> m_shown;                           // results in the view, owned
+    QList<TTree<KAObject2*>*> m_retired;                         // results taken off the view, owned
     QTimer m_resultTimer;
+    QTimer m_retiredTimer; // frees the retired results once the search is over
     QString m_text;
     bool m_loading = false; // the open-all job started and has not completed
 };
