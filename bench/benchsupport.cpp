@@ -87,12 +87,12 @@ int settle()
     return passes;
 }
 
-bool waitUntil(const std::function<bool()>& done, int limitMs)
+bool waitUntil(const std::function<bool()>& done, int limitMs, int pollMs)
 {
     QElapsedTimer clock;
     clock.start();
     QTimer tick;
-    tick.setInterval(1);
+    tick.setInterval(pollMs);
     tick.start();
     while (!done()) {
         if (clock.elapsed() > limitMs)

@@ -33,10 +33,10 @@ void initEnvironment();
 TSampleGenerator::Options projectOptions(int scale);
 
 // Runs the event loop until done() answers true or the time limit passes;
-// false on time-out. The thread sleeps between events (woken every
-// millisecond to ask done()), so that a waiting GUI thread does not take a
+// false on time-out. The thread sleeps between events (woken every pollMs
+// milliseconds to ask done()), so that a waiting GUI thread does not take a
 // core from the workers it waits for.
-bool waitUntil(const std::function<bool()>& done, int limitMs);
+bool waitUntil(const std::function<bool()>& done, int limitMs, int pollMs = 1);
 
 // Runs the event loop until a pass finds nothing to do (no posted event,
 // timer or window-system event handled), so that work a call leaves to the
