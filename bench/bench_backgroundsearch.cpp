@@ -6,6 +6,11 @@
 //                             opened them), against the same search run on
 //                             one thread, project controller after project
 //                             controller
+//   search-100-projects-threads  the same search on two plain threads that
+//                             share the project controllers, with no view,
+//                             no event and no pool, against the sequential
+//                             one: what two cores give at best here, for
+//                             comparison with search-100-projects
 //   search-100-projects-cold  the same, the projects closed before each round:
 //                             the open-all job is part of the time
 //   search-first-result       time to the first result (baseline: the goal)
@@ -241,6 +246,24 @@ int main(int argc, char** argv)
         }
         Bench::report(QStringLiteral("search-100-projects"), Bench::medianMs(oursLast), Bench::medianMs(sequential));
         Bench::report(QStringLiteral("search-first-result"), Bench::medianMs(oursFirst), FirstResultGoalMs);
+
+        QVector<double> twoThreads, sequentialAgain;
+        const QList<KAAbstractBrowserCtrl*> opened = mediator->openedControllers();
+        for (int round = 0; round < rounds; ++round) {
+            std::atomic<int> next{0};
+            auto work = [&]() {
+                for (int i = next++; i < opened.size(); i = next++)
+                    searchSequentially({opened.at(i)}, Text);
+            };
+            twoThreads.append(Bench::timeMs([&]() {
+                std::thread helper(work);
+                work();
+                helper.join();
+            }));
+            sequentialAgain.append(Bench::timeMs([&]() { searchSequentially(opened, Text); }));
+        }
+        Bench::report(QStringLiteral("search-100-projects-threads"), Bench::medianMs(twoThreads),
+                      Bench::medianMs(sequentialAgain));
 
         // A search that gives nothing within the time limit counts as the
         // limit, and is said so.
