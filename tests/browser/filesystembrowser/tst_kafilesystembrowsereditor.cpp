@@ -1,3 +1,5 @@
+#include "applicationinterface.h"
+#include "kaaliasfoldermgr.h"
 #include "kafilesystembrowserctrl.h"
 #include "kafilesystembrowsereditor.h"
 #include "kafilesystembrowserfilterpackage.h"
@@ -97,6 +99,7 @@ private slots:
     void cleanup();
 
     void widgetSetUp();
+    void collapsedTopLevelFolderExpands();
     void doubleClickTogglesUnopenedItem();
     void doubleClickOpenedByObserverDoesNotExpand();
     void f5RebuildsTheTree();
@@ -146,6 +149,7 @@ void tst_KAFileSystemBrowserEditor::cleanup()
     m_ctrl.reset();
     m_parent.reset();
     m_filter.reset();
+    kaClearAliases();
     TExternalProcess::setOpener({});
     m_fixture.reset();
 }
@@ -188,6 +192,28 @@ void tst_KAFileSystemBrowserEditor::widgetSetUp()
     for (int i = 0; i < root->childCount(); ++i)
         order << root->child(i)->text(0);
     QCOMPARE(order, (QStringList{"a.txt", "alpha", "b c.csv", "beta"}));
+}
+
+// A top-level folder not listed yet (here an alias folder) shows an
+// expander, and expanding it lists the folder.
+void tst_KAFileSystemBrowserEditor::collapsedTopLevelFolderExpands()
+{
+    m_filter = std::make_unique<KAFileSystemBrowserFilterPackage>();
+    m_filter->remove(FsDrives);
+    m_filter->remove(FsUserFolders);
+    QVERIFY(ApplicationInterface::returnMe()->aliasFolderMgr()->addAlias(QStringLiteral("Samples"), m_root));
+    KAFileSystemBrowserEditor* view = makeView();
+    QVERIFY(view);
+    QCOMPARE(view->topLevelItemCount(), 1);
+    QTreeWidgetItem* top = view->topLevelItem(0);
+    QCOMPARE(top->text(0), QStringLiteral("Samples"));
+    QVERIFY(!top->isExpanded());
+    QCOMPARE(top->childCount(), 1);
+    QVERIFY(top->child(0)->text(0).isEmpty()); // a placeholder, not an entry
+
+    top->setExpanded(true);
+    QCOMPARE(childTexts(top), (QStringList{"a.txt", "alpha", "b c.csv", "beta"}));
+    QVERIFY(itemNamed(QStringLiteral("beta"))->childCount() == 1); // its own expander
 }
 
 void tst_KAFileSystemBrowserEditor::doubleClickTogglesUnopenedItem()

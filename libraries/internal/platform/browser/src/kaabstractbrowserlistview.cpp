@@ -168,10 +168,14 @@ void KAAbstractBrowserListView::buildChildren(Node* node, KATreeWidgetItem* pare
     m_itemIndex.reserve(m_itemIndex.size() + node->childCount());
     QList<QPair<KATreeWidgetItem*, Node*>> expanded;
     QList<QTreeWidgetItem*> hidden;
+    bool unfilled = false;
     for (Node* child = node->firstChild(); child; child = child->nextSibling()) {
-        // A placeholder of the model stands for children not built: no item.
-        if (child->data() && child->data()->type() == KAObjectTypeFake)
+        // A placeholder of the model stands for children not built: no item
+        // of its own (see below).
+        if (child->data() && child->data()->type() == KAObjectTypeFake) {
+            unfilled = true;
             continue;
+        }
         KATreeWidgetItem* item = KATreeWidgetItemCreator::instance()->createItemTree(child->data(), nullptr, nullptr);
         if (!item)
             continue;
@@ -187,6 +191,11 @@ void KAAbstractBrowserListView::buildChildren(Node* node, KATreeWidgetItem* pare
             new KATreeWidgetItem(item, nullptr, nullptr); // "FAKE": an expander without its subtree
         batch.append(item);
     }
+    // A collapsed item whose node is still to be filled (a top-level folder
+    // not listed yet, a project not read, a fill that failed) gets the view's
+    // placeholder: it shows an expander, and expanding it fills the node.
+    if (unfilled && batch.isEmpty() && !parentItem->isExpanded() && parentItem->childCount() == 0)
+        new KATreeWidgetItem(parentItem, nullptr, nullptr);
     insertItems(parentItem, batch);
     for (QTreeWidgetItem* item : qAsConst(hidden))
         item->setHidden(true);
