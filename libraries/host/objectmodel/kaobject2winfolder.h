@@ -9,7 +9,7 @@ class KAHOST_EXPORT KAObject2WinFolder : public KAObject2WinFile
 {
 public:
     explicit KAObject2WinFolder(const QFileInfo& info)
-        : KAObject2WinFile(info, displayName(info), KAObjectTypeWinFolder) {}
+        : KAObject2WinFolder(info, displayName(info)) {}
     // With the name shown already known (the entry's file name).
     KAObject2WinFolder(const QFileInfo& info, const QString& name)
         : KAObject2WinFile(info, name, KAObjectTypeWinFolder) {}

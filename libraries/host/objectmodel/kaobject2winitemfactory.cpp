@@ -4,19 +4,12 @@
 
 KAObject2WinFile* KAObject2WinItemFactory::createItem(const QFileInfo& info)
 {
-    return createItem(info, info.isDir());
+    return createItem(info, info.isDir(), KAObject2File::displayName(info));
 }
 
-KAObject2WinFile* KAObject2WinItemFactory::createItem(const QFileInfo& info, bool isDir)
+KAObject2WinFile* KAObject2WinItemFactory::createItem(const QFileInfo& info, bool isDir, const QString& name)
 {
     if (isDir)
-        return new KAObject2WinFolder(info);
-    return new KAObject2WinFile(info);
-}
-
-KAObject2WinFile* KAObject2WinItemFactory::createItem(const QFileInfo& info, bool isDir, const QString& fileName)
-{
-    if (isDir)
-        return new KAObject2WinFolder(info, fileName);
-    return new KAObject2WinFile(info, fileName);
+        return new KAObject2WinFolder(info, name);
+    return new KAObject2WinFile(info, name);
 }

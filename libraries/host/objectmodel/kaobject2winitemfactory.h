@@ -12,8 +12,7 @@ class KAHOST_EXPORT KAObject2WinItemFactory
 {
 public:
     static KAObject2WinFile* createItem(const QFileInfo& info);
-    // The same when the caller already knows the kind: the disk is not asked.
-    static KAObject2WinFile* createItem(const QFileInfo& info, bool isDir);
-    // And its file name, as a listing gives it.
-    static KAObject2WinFile* createItem(const QFileInfo& info, bool isDir, const QString& fileName);
+    // The same when the caller already knows the kind and the name shown,
+    // as a listing does: the disk is not asked.
+    static KAObject2WinFile* createItem(const QFileInfo& info, bool isDir, const QString& name);
 };

@@ -66,34 +66,6 @@ bool ProjectMgrInterface::onGuiThread() const
 
 namespace {
 
-// True when cleaning would give the path back unchanged: absolute, '/'
-// separators only, no empty, "." or ".." component, no trailing separator.
-// A listing's paths are all of this kind, and checking is far cheaper than
-// cleaning.
-bool isCleanAbsolute(const QString& path)
-{
-    if (!QDir::isAbsolutePath(path))
-        return false;
-    const QChar* c = path.constData();
-    const int size = path.size();
-    int start = 0; // first character of the current component
-    for (int i = 0; i <= size; ++i) {
-        const ushort u = i < size ? c[i].unicode() : '/';
-        if (u == '\\')
-            return false;
-        if (u != '/')
-            continue;
-        const int length = i - start;
-        const bool dots = (length == 1 && c[start] == QLatin1Char('.'))
-            || (length == 2 && c[start] == QLatin1Char('.') && c[start + 1] == QLatin1Char('.'));
-        // The root's own separator ("/", "C:/") ends no component.
-        if (dots || (length == 0 && i > 0 && !(i == size && size == 1)))
-            return false;
-        start = i + 1;
-    }
-    return true;
-}
-
 // The last name of a path, separators at its end aside.
 QStringRef lastName(const QString& path)
 {
@@ -110,8 +82,6 @@ QStringRef lastName(const QString& path)
 
 QString ProjectMgrInterface::cleanFolder(const QString& folder)
 {
-    if (isCleanAbsolute(folder))
-        return folder;
     return QDir::cleanPath(QFileInfo(folder).absoluteFilePath());
 }
 
@@ -283,14 +253,10 @@ const KAObject2Project* ProjectMgrInterface::findProject(const QString& folder) 
     // project has rules a folder out before its path is cleaned.
     const QStringRef name = lastName(folder);
     const bool dots = name == QLatin1String(".") || name == QLatin1String("..");
-    {
-        QMutexLocker lock(&m_mutex);
-        if (!dots && !m_lastNames.contains(qHash(name)))
-            return nullptr;
-    }
-    const QString cleaned = cleanFolder(folder);
     QMutexLocker lock(&m_mutex);
-    return m_byFolder.value(cleaned);
+    if (!dots && !m_lastNames.contains(qHash(name)))
+        return nullptr;
+    return m_byFolder.value(cleanFolder(folder));
 }
 
 const KAObject2Project* ProjectMgrInterface::findProject(const QFileInfo& folder) const

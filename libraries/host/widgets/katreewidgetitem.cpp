@@ -116,10 +116,8 @@ void KATreeWidgetItem::initFromObject()
     // Only the name is stored in Qt's item: the key and the kind's icon are
     // read from the item (data()), which spares every item two stored
     // values. The key is the one sortKey() gives (an override is not
-    // reachable from this constructor), and a free item has no place to
-    // move to.
-    // The object keeps its key for the next item made of it (a search
-    // shows the same objects again and again).
+    // reachable from this constructor); the object keeps it for its next
+    // items (a search shows the same objects again and again).
     const QString& name = m_object->name();
     m_sortKey = m_object->itemSortKey();
     if (m_sortKey.isNull()) {

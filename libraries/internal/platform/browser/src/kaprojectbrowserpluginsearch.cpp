@@ -137,6 +137,16 @@ void KAProjectBrowserPluginSearch::search(const QString& requested, KAObjectType
         searchTree(m_ctrl ? m_ctrl->getTree(KAObjectTypeIdentifications) : nullptr, root, folded);
 }
 
+namespace {
+
+// The kinds under which resultParent() puts others.
+bool holdsOthers(KAObjectType type)
+{
+    return type == KAObjectTypeAnalysis || type == KAObjectTypeWell || type == KAObjectTypeDataset;
+}
+
+} // namespace
+
 bool KAProjectBrowserPluginSearch::searchTree(Node* tree, Node* category, const QString& folded)
 {
     if (!tree)
@@ -161,12 +171,6 @@ bool KAProjectBrowserPluginSearch::searchTree(Node* tree, Node* category, const 
             shown.insert(object, node);
     }
     return matched;
-}
-
-// The kinds under which resultParent() puts others.
-bool KAProjectBrowserPluginSearch::holdsOthers(KAObjectType type)
-{
-    return type == KAObjectTypeAnalysis || type == KAObjectTypeWell || type == KAObjectTypeDataset;
 }
 
 // Signals go under their analysis, datasets under their well, variables

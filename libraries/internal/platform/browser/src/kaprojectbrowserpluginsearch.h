@@ -50,7 +50,6 @@ private:
     // Walks a tree into a category node; true when anything matched.
     bool searchTree(Node* tree, Node* category, const QString& folded);
     Node* resultParent(const KAObject2* object, Node* category, QHash<const KAObject2*, Node*>& shown);
-    static bool holdsOthers(KAObjectType type);
 
     KAProjectBrowserCtrl* m_ctrl;           // not owned
     QMap<QString, QString> m_savedSearches; // saved search name to text
