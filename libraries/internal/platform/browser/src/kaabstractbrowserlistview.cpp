@@ -118,11 +118,6 @@ void KAAbstractBrowserListView::unindexSubtree(QTreeWidgetItem* item)
         unindexSubtree(item->child(i));
 }
 
-void KAAbstractBrowserListView::itemAboutToBeDeleted(QTreeWidgetItem* item)
-{
-    unindexSubtree(item);
-}
-
 void KAAbstractBrowserListView::deleteItem(QTreeWidgetItem* item)
 {
     unindexSubtree(item);

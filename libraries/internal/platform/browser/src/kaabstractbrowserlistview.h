@@ -69,7 +69,6 @@ protected:
     bool readOnly() const;
     void paintEvent(QPaintEvent* event) override;
     bool renameItem(QTreeWidgetItem* item, QString& name) override;
-    void itemAboutToBeDeleted(QTreeWidgetItem* item);
 
 private slots:
     void slotExpand(QTreeWidgetItem* item);
