@@ -269,8 +269,11 @@ const KAObject2Project* ProjectMgrInterface::discoverProject(const QString& fold
     if (folder.isEmpty())
         return nullptr;
     const QString cleaned = cleanFolder(folder);
-    if (const KAObject2Project* known = findProject(cleaned))
-        return known;
+    {
+        QMutexLocker lock(&m_mutex);
+        if (const KAObject2Project* known = m_byFolder.value(cleaned))
+            return known;
+    }
     if (!isProjectFolder(cleaned))
         return nullptr;
     const Found found = readFolder(cleaned);
