@@ -8,146 +8,61 @@
 #include <QTest>
 #include <QToolButton>
 
-#include <memory>
-
-namespace {
-
-// The button the field shows for its clear action.
-QToolButton* clearButton(KALineEditSearch* field)
-{
-    for (QToolButton* button : field->findChildren<QToolButton*>()) {
-        if (button->defaultAction() == field->clearAction())
-            return button;
-    }
-    return nullptr;
-}
-
-} // namespace
-
 class TestKALineEditSearch : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void initTestCase() { kaInitTestEnvironment(); }
 
-    void stopSearch_data();
-    void stopSearch();
-    void clearButtonOnlyWithText();
-    void searchModes_data();
-    void searchModes();
-    void unknownModeRefused();
-    void placeholderInBothLanguages();
-
-private:
-    std::unique_ptr<KALineEditSearch> m_field;
-};
-
-void TestKALineEditSearch::initTestCase()
-{
-    kaInitTestEnvironment();
-}
-
-void TestKALineEditSearch::init()
-{
-    MessageLoggerInterface::returnMe()->clear();
-    m_field.reset(new KALineEditSearch);
-    m_field->resize(240, m_field->sizeHint().height());
-    m_field->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_field.get()));
-    m_field->setFocus();
-}
-
-void TestKALineEditSearch::cleanup()
-{
-    m_field.reset();
-}
-
-void TestKALineEditSearch::stopSearch_data()
-{
-    QTest::addColumn<bool>("byEscape");
-
-    QTest::newRow("Escape key") << true;
-    QTest::newRow("clear button") << false;
-}
-
-// Either way the search stops once, the field empties and looks idle, and
-// no edit is reported (an edit would start a new search).
-void TestKALineEditSearch::stopSearch()
-{
-    QFETCH(bool, byEscape);
-
-    QTest::keyClicks(m_field.get(), QStringLiteral("peak 12"));
-    m_field->changeSearchMode(KALineEditSearch::ModeSearching);
-    QSignalSpy stops(m_field.get(), &KALineEditSearch::stopSearch);
-    QSignalSpy edits(m_field.get(), &QLineEdit::textEdited);
-
-    if (byEscape) {
-        QTest::keyClick(m_field.get(), Qt::Key_Escape);
-    } else {
-        QToolButton* button = clearButton(m_field.get());
-        QVERIFY(button);
-        QTRY_VERIFY(button->isVisible());
-        QTest::mouseClick(button, Qt::LeftButton);
+    // Either way the search stops once, the field empties and looks idle, and
+    // no edit is reported (an edit would start a new search).
+    void stopSearchByEscapeOrClearButton()
+    {
+        for (const bool byEscape : {true, false}) {
+            KALineEditSearch field;
+            field.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&field));
+            QToolButton* button = nullptr;
+            for (QToolButton* b : field.findChildren<QToolButton*>())
+                button = b->defaultAction() == field.clearAction() ? b : button;
+            QVERIFY(button && !button->isVisible()); // shown only while there is text
+            QTest::keyClicks(&field, QStringLiteral("peak 12"));
+            field.changeSearchMode(KALineEditSearch::ModeSearching);
+            QSignalSpy stops(&field, &KALineEditSearch::stopSearch);
+            QSignalSpy edits(&field, &QLineEdit::textEdited);
+            QTRY_VERIFY(button->isVisible());
+            byEscape ? QTest::keyClick(&field, Qt::Key_Escape) : QTest::mouseClick(button, Qt::LeftButton);
+            QCOMPARE(stops.count(), 1);
+            QCOMPARE(edits.count(), 0);
+            QVERIFY(field.text().isEmpty());
+            QCOMPARE(field.searchMode(), int(KALineEditSearch::ModeIdle));
+            QTRY_VERIFY(!button->isVisible());
+        }
     }
-    QCOMPARE(stops.count(), 1);
-    QCOMPARE(edits.count(), 0);
-    QVERIFY(m_field->text().isEmpty());
-    QCOMPARE(m_field->searchMode(), int(KALineEditSearch::ModeIdle));
-}
 
-void TestKALineEditSearch::clearButtonOnlyWithText()
-{
-    QToolButton* button = clearButton(m_field.get());
-    QVERIFY(button);
-    QVERIFY(!button->isVisible());
-    QTest::keyClicks(m_field.get(), QStringLiteral("a"));
-    QTRY_VERIFY(button->isVisible());
-    QTest::keyClick(m_field.get(), Qt::Key_Backspace);
-    QTRY_VERIFY(!button->isVisible());
-}
+    // The searching look tells the user the view shows results; a mode the
+    // field does not know is refused with a message and changes nothing.
+    void searchLookAndRefusedMode()
+    {
+        KALineEditSearch field;
+        const QColor idleBase = field.palette().color(QPalette::Base);
+        field.changeSearchMode(KALineEditSearch::ModeSearching);
+        QVERIFY(field.palette().color(QPalette::Base) != idleBase && field.property("searching").toBool());
+        MessageLoggerInterface::returnMe()->clear();
+        field.changeSearchMode(2);
+        QCOMPARE(field.searchMode(), int(KALineEditSearch::ModeSearching));
+        QCOMPARE(MessageLoggerInterface::returnMe()->texts().size(), 1);
+        field.changeSearchMode(KALineEditSearch::ModeIdle);
+        QVERIFY(field.palette().color(QPalette::Base) == idleBase && !field.property("searching").toBool());
 
-void TestKALineEditSearch::searchModes_data()
-{
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<bool>("tinted");
-
-    QTest::newRow("searching") << int(KALineEditSearch::ModeSearching) << true;
-    QTest::newRow("idle") << int(KALineEditSearch::ModeIdle) << false;
-}
-
-void TestKALineEditSearch::searchModes()
-{
-    QFETCH(int, mode);
-    QFETCH(bool, tinted);
-
-    const QColor idleBase = m_field->palette().color(QPalette::Base);
-    // From the other mode, so that the change is a real one.
-    m_field->changeSearchMode(mode == 0 ? 1 : 0);
-    m_field->changeSearchMode(mode);
-    QCOMPARE(m_field->searchMode(), mode);
-    QCOMPARE(m_field->palette().color(QPalette::Base) != idleBase, tinted);
-    QCOMPARE(m_field->property("searching").toBool(), tinted);
-}
-
-void TestKALineEditSearch::unknownModeRefused()
-{
-    m_field->changeSearchMode(KALineEditSearch::ModeSearching);
-    m_field->changeSearchMode(2);
-    QCOMPARE(m_field->searchMode(), int(KALineEditSearch::ModeSearching));
-    QCOMPARE(MessageLoggerInterface::returnMe()->texts().size(), 1);
-}
-
-void TestKALineEditSearch::placeholderInBothLanguages()
-{
-    QCOMPARE(m_field->placeholderText(), QStringLiteral("Search"));
-    TTranslator::setLanguage(TTranslator::French);
-    KALineEditSearch french;
-    TTranslator::setLanguage(TTranslator::English);
-    QCOMPARE(french.placeholderText(), QStringLiteral("Rechercher"));
-}
+        QCOMPARE(field.placeholderText(), QStringLiteral("Search"));
+        TTranslator::setLanguage(TTranslator::French);
+        KALineEditSearch french;
+        TTranslator::setLanguage(TTranslator::English);
+        QCOMPARE(french.placeholderText(), QStringLiteral("Rechercher"));
+    }
+};
 
 QTEST_MAIN(TestKALineEditSearch)
 #include "tst_kalineeditsearch.moc"

@@ -3,39 +3,26 @@
 #include "katreewidgetitem.h"
 #include "testfixture.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QLineEdit>
 #include <QTest>
 
-#include <memory>
-
 namespace {
 
 // A view whose rename decision is scripted and recorded.
-class RecordingListView : public KAListView
-{
-public:
-    RecordingListView()
-        : KAListView(nullptr, QStringLiteral("recording"))
-    {
-    }
-
-    QStringList received;      // names the hook was given
-    bool answer = true;        // what the hook returns
-    QString replacement;       // when set, the hook changes the name to it
-    bool deleteItem = false;   // the hook rebuilds the branch
-
-protected:
+struct RecordingListView : KAListView {
+    RecordingListView() : KAListView(nullptr, QStringLiteral("recording")) {}
     bool renameItem(QTreeWidgetItem* item, QString& name) override
     {
         received << name;
-        if (!replacement.isEmpty())
-            name = replacement;
-        if (deleteItem)
-            delete item;
-        return answer;
+        if (answer == QLatin1String("delete"))
+            delete item; // the controller rebuilt the branch
+        else if (!answer.isEmpty() && answer != QLatin1String("refuse"))
+            name = answer;
+        return answer != QLatin1String("refuse");
     }
+    QStringList received;
+    QString answer; // refuse, delete, or the name the controller gives back
 };
 
 } // namespace
@@ -46,199 +33,77 @@ class TestKAListView : public QObject
 
 private slots:
     void initTestCase() { kaInitTestEnvironment(); }
-    void init();
-    void cleanup();
-
-    void constructionNamesTheView();
     void rename_data();
     void rename();
-    void escapeKeepsTheNameWithoutAsking();
-    void f2OpensTheEditorOnTheCurrentItem();
-    void movingToAnotherItemCommitsTheRename();
-    void hookMayDeleteTheItem();
-    void editItemNameOnANewItem();
-    void disabledItemIsNotEdited();
-    void acceptedNameMovesTheItemInTheSort();
-
-private:
-    QLineEdit* openEditor(QTreeWidgetItem* item);
-
-    std::unique_ptr<RecordingListView> m_view;
-    std::unique_ptr<KAObject2> m_first;
-    std::unique_ptr<KAObject2> m_second;
-    KATreeWidgetItem* m_item = nullptr;  // owned by the view
-    KATreeWidgetItem* m_other = nullptr; // owned by the view
 };
-
-void TestKAListView::init()
-{
-    m_view.reset(new RecordingListView);
-    m_view->setColumnCount(2);
-    m_view->setColumnHidden(KATreeWidgetItem::SortKeyColumn, true);
-    m_view->resize(300, 300);
-    m_first.reset(new KAObject2(KAObjectTypeSignal, QStringLiteral("Sample 1")));
-    m_second.reset(new KAObject2(KAObjectTypeSignal, QStringLiteral("Sample 2")));
-    m_item = new KATreeWidgetItem(m_view.get(), m_first.get());
-    m_other = new KATreeWidgetItem(m_view.get(), m_second.get());
-    m_view->show();
-    QApplication::setActiveWindow(m_view.get());
-    QVERIFY(QTest::qWaitForWindowActive(m_view.get()));
-}
-
-void TestKAListView::cleanup()
-{
-    m_view.reset();
-    m_item = m_other = nullptr;
-}
-
-QLineEdit* TestKAListView::openEditor(QTreeWidgetItem* item)
-{
-    m_view->setCurrentItem(item);
-    m_view->slotRename();
-    return qobject_cast<QLineEdit*>(m_view->renameEditor());
-}
-
-void TestKAListView::constructionNamesTheView()
-{
-    KAListView view(nullptr, QStringLiteral("projectTree"));
-    QCOMPARE(view.objectName(), QStringLiteral("projectTree"));
-    QCOMPARE(view.renameAction()->shortcut(), QKeySequence(Qt::Key_F2));
-    QVERIFY(view.actions().contains(view.renameAction()));
-}
 
 void TestKAListView::rename_data()
 {
-    QTest::addColumn<QString>("typed");   // "" clears the editor
-    QTest::addColumn<bool>("answer");
-    QTest::addColumn<QString>("replacement");
+    QTest::addColumn<QString>("typed");  // "" clears the editor
+    QTest::addColumn<int>("key"); // ends the edit; Enter also opens it with F2, none moves away
+    QTest::addColumn<QString>("answer");
     QTest::addColumn<QStringList>("hookReceived");
     QTest::addColumn<QString>("finalText");
 
-    QTest::newRow("accepted as typed") << "Blank" << true << "" << QStringList{"Blank"} << "Blank";
-    QTest::newRow("hook changes the name") << "Blank" << true << "Blank (2)" << QStringList{"Blank"} << "Blank (2)";
-    QTest::newRow("refused keeps the old name") << "Blank" << false << "" << QStringList{"Blank"} << "Sample 1";
-    QTest::newRow("blanks around the name are dropped") << "  Blank  " << true << "" << QStringList{"Blank"}
-                                                        << "Blank";
-    QTest::newRow("unchanged text does not ask") << "Sample 1" << true << "" << QStringList{} << "Sample 1";
-    QTest::newRow("empty text does not ask") << "" << true << "" << QStringList{} << "Sample 1";
-    QTest::newRow("blank text does not ask") << "   " << true << "" << QStringList{} << "Sample 1";
+    QTest::newRow("F2, then moved in the sort") << "Sample 10" << int(Qt::Key_Enter) << "" << QStringList{"Sample 10"} << "Sample 10";
+    QTest::newRow("hook changes the name") << "Blank" << int(Qt::Key_Return) << "Blank (2)" << QStringList{"Blank"} << "Blank (2)";
+    QTest::newRow("refused keeps the old name") << "Blank" << int(Qt::Key_Return) << "refuse" << QStringList{"Blank"} << "Sample 1";
+    QTest::newRow("blanks around the name are dropped") << "  Blank  " << int(Qt::Key_Return) << "" << QStringList{"Blank"} << "Blank";
+    QTest::newRow("unchanged text does not ask") << "Sample 1" << int(Qt::Key_Return) << "" << QStringList{} << "Sample 1";
+    QTest::newRow("blank text does not ask") << "   " << int(Qt::Key_Return) << "" << QStringList{} << "Sample 1";
+    QTest::newRow("escape does not ask") << "Other" << int(Qt::Key_Escape) << "" << QStringList{} << "Sample 1";
+    QTest::newRow("moving to another item commits") << "Moved" << 0 << "" << QStringList{"Moved"} << "Moved";
+    QTest::newRow("hook may delete the item") << "Gone" << int(Qt::Key_Return) << "delete" << QStringList{"Gone"} << "";
 }
 
+// The inline editor opens on column 0 with the object's name; what the user
+// typed reaches the hook, whose in-out name becomes the item's text.
 void TestKAListView::rename()
 {
     QFETCH(QString, typed);
-    QFETCH(bool, answer);
-    QFETCH(QString, replacement);
+    QFETCH(int, key);
+    QFETCH(QString, answer);
     QFETCH(QStringList, hookReceived);
     QFETCH(QString, finalText);
 
-    m_view->answer = answer;
-    m_view->replacement = replacement;
-    QLineEdit* editor = openEditor(m_item);
+    RecordingListView view;
+    view.setColumnCount(2);
+    KAObject2 first(KAObjectTypeSignal, QStringLiteral("Sample 1")), second(KAObjectTypeSignal, QStringLiteral("Sample 2"));
+    auto* item = new KATreeWidgetItem(&view, &first);
+    auto* other = new KATreeWidgetItem(&view, &second);
+    view.sortItems(KATreeWidgetItem::SortKeyColumn, Qt::AscendingOrder);
+    view.setSortingEnabled(true);
+    view.show();
+    QApplication::setActiveWindow(&view);
+    QVERIFY(QTest::qWaitForWindowActive(&view));
+    view.answer = answer;
+
+    item->setFlags(item->flags() & ~Qt::ItemIsEnabled); // a disabled item is never edited
+    view.editItemName(item);
+    QVERIFY(!view.renameEditor());
+    item->setFlags(item->flags() | Qt::ItemIsEnabled);
+
+    view.setCurrentItem(item);
+    // F2, or the context menu's entry.
+    key == Qt::Key_Enter ? QTest::keyClick(&view, Qt::Key_F2) : view.slotRename();
+    auto* editor = qobject_cast<QLineEdit*>(view.renameEditor());
     QVERIFY(editor);
     QCOMPARE(editor->text(), QStringLiteral("Sample 1"));
-    QVERIFY(m_item->flags() & Qt::ItemIsEditable);
-
-    // The delegate selects the whole name: typing replaces it. Return
-    // commits through a queued call of the delegate.
+    // The delegate selects the whole name: typing replaces it.
     QTest::keyClick(editor, Qt::Key_Backspace);
     QTest::keyClicks(editor, typed);
-    QTest::keyClick(editor, Qt::Key_Return);
-    QTRY_VERIFY(!m_view->renameEditor());
-
-    QCOMPARE(m_view->received, hookReceived);
-    QCOMPARE(m_item->text(KATreeWidgetItem::NameColumn), finalText);
-    QVERIFY(!(m_item->flags() & Qt::ItemIsEditable));
-}
-
-void TestKAListView::escapeKeepsTheNameWithoutAsking()
-{
-    QLineEdit* editor = openEditor(m_item);
-    QVERIFY(editor);
-    QTest::keyClicks(editor, QStringLiteral("Other"));
-    QTest::keyClick(editor, Qt::Key_Escape);
-    QVERIFY(m_view->received.isEmpty());
-    QCOMPARE(m_item->text(0), QStringLiteral("Sample 1"));
-    QVERIFY(!(m_item->flags() & Qt::ItemIsEditable));
-}
-
-void TestKAListView::f2OpensTheEditorOnTheCurrentItem()
-{
-    m_view->setCurrentItem(m_other);
-    m_view->setFocus();
-    QTest::keyClick(m_view.get(), Qt::Key_F2);
-    auto* editor = qobject_cast<QLineEdit*>(m_view->renameEditor());
-    QVERIFY(editor);
-    QCOMPARE(editor->text(), QStringLiteral("Sample 2"));
-    QTest::keyClicks(editor, QStringLiteral("Renamed"));
-    QTest::keyClick(editor, Qt::Key_Enter);
-    QTRY_VERIFY(!m_view->renameEditor());
-    QCOMPARE(m_view->received, QStringList{"Renamed"});
-    QCOMPARE(m_other->text(0), QStringLiteral("Renamed"));
-}
-
-void TestKAListView::movingToAnotherItemCommitsTheRename()
-{
-    QLineEdit* editor = openEditor(m_item);
-    QVERIFY(editor);
-    QTest::keyClicks(editor, QStringLiteral("Moved away"));
-    m_view->setCurrentItem(m_other);
-    QCOMPARE(m_view->received, QStringList{"Moved away"});
-    QCOMPARE(m_item->text(0), QStringLiteral("Moved away"));
-    QVERIFY(!m_view->renameEditor());
-}
-
-void TestKAListView::hookMayDeleteTheItem()
-{
-    m_view->deleteItem = true;
-    QLineEdit* editor = openEditor(m_item);
-    QVERIFY(editor);
-    QTest::keyClicks(editor, QStringLiteral("Gone"));
-    QTest::keyClick(editor, Qt::Key_Return);
-    QTRY_VERIFY(!m_view->renameEditor());
-    m_item = nullptr;
-    QCOMPARE(m_view->received, QStringList{"Gone"});
-    QCOMPARE(m_view->topLevelItemCount(), 1);
-    QCOMPARE(m_view->topLevelItem(0)->text(0), QStringLiteral("Sample 2"));
-}
-
-void TestKAListView::editItemNameOnANewItem()
-{
-    KAObject2 folder(KAObjectTypeFolder, QStringLiteral("New folder"));
-    auto* item = new KATreeWidgetItem(m_other, &folder);
-    m_view->editItemName(item);
-    QCOMPARE(m_view->currentItem(), item);
-    auto* editor = qobject_cast<QLineEdit*>(m_view->renameEditor());
-    QVERIFY(editor);
-    QCOMPARE(editor->text(), QStringLiteral("New folder"));
-    QTest::keyClicks(editor, QStringLiteral("Blanks"));
-    QTest::keyClick(editor, Qt::Key_Return);
-    QTRY_VERIFY(!m_view->renameEditor());
-    QCOMPARE(item->text(0), QStringLiteral("Blanks"));
-    delete item;
-}
-
-void TestKAListView::disabledItemIsNotEdited()
-{
-    m_item->setFlags(m_item->flags() & ~Qt::ItemIsEnabled);
-    m_view->editItemName(m_item);
-    QVERIFY(!m_view->renameEditor());
-    QVERIFY(!(m_item->flags() & Qt::ItemIsEditable));
-}
-
-void TestKAListView::acceptedNameMovesTheItemInTheSort()
-{
-    m_view->sortItems(KATreeWidgetItem::SortKeyColumn, Qt::AscendingOrder);
-    m_view->setSortingEnabled(true);
-    QCOMPARE(m_view->topLevelItem(0), m_item);
-    QLineEdit* editor = openEditor(m_item);
-    QVERIFY(editor);
-    QTest::keyClicks(editor, QStringLiteral("Sample 10"));
-    QTest::keyClick(editor, Qt::Key_Return);
-    QTRY_VERIFY(!m_view->renameEditor());
-    QCOMPARE(m_item->text(KATreeWidgetItem::SortKeyColumn),
-             KATreeWidgetItem::naturalSortKey(QStringLiteral("Sample 10"), false));
-    QTRY_COMPARE(m_view->topLevelItem(1), m_item);
+    key ? QTest::keyClick(editor, Qt::Key(key)) : view.setCurrentItem(other);
+    QTRY_VERIFY(!view.renameEditor());
+    QCOMPARE(view.received, hookReceived);
+    QCOMPARE(view.topLevelItemCount(), answer == QLatin1String("delete") ? 1 : 2);
+    if (answer == QLatin1String("delete"))
+        return;
+    QCOMPARE(item->text(KATreeWidgetItem::NameColumn), finalText);
+    QVERIFY(!(item->flags() & Qt::ItemIsEditable));
+    // The new name's key sorts the item among the others.
+    QCOMPARE(item->text(KATreeWidgetItem::SortKeyColumn), KATreeWidgetItem::naturalSortKey(finalText, false));
+    QTRY_VERIFY(view.topLevelItem(0)->text(KATreeWidgetItem::SortKeyColumn)
+                < view.topLevelItem(1)->text(KATreeWidgetItem::SortKeyColumn));
 }
 
 QTEST_MAIN(TestKAListView)

@@ -4,7 +4,6 @@
 #include "projectmgrinterface.h"
 #include "tdatabase.h"
 #include "testfixture.h"
-#include "ttranslator.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -19,74 +18,37 @@
 
 namespace {
 
-struct Header {
-    QString name;
-    QString description;
+ProjectMgrInterface* manager() { return ProjectMgrInterface::returnMe(); }
+
+// The header as the database file holds it: name, description, state.
+QStringList headerOnDisk(const KAObject2Project* project)
+{
+    QString name, description, error;
     int state = -1;
-};
-
-// The header as the database file holds it.
-Header headerOnDisk(const QString& folder)
-{
-    Header header;
-    QString error;
-    if (!TechDB::TDatabase::readProjectHeader(folder, &header.name, &header.description, &header.state, &error))
-        qWarning("header not read: %s", qPrintable(error));
-    return header;
+    return TechDB::TDatabase::readProjectHeader(project->folder(), &name, &description, &state, &error)
+        ? QStringList{name, description, QString::number(state)} : QStringList{error};
 }
 
-ProjectMgrInterface* manager()
+QStringList logged() { return MessageLoggerInterface::returnMe()->texts(); }
+
+// The dialog's widgets found by name and used as a user would.
+template<typename W> W* part(KAProjectDialog& dialog, const char* name) { return dialog.findChild<W*>(QLatin1String(name)); }
+QLineEdit* nameEdit(KAProjectDialog& d) { return part<QLineEdit>(d, "kaProjectName"); }
+QComboBox* stateBox(KAProjectDialog& d) { return part<QComboBox>(d, "kaProjectState"); }
+QListWidget* list(KAProjectDialog& d) { return part<QListWidget>(d, "kaProjectList"); }
+void setDescription(KAProjectDialog& d, const QString& text) { part<QPlainTextEdit>(d, "kaProjectDescription")->setPlainText(text); }
+bool shown(KAProjectDialog& d) { d.show(); return QTest::qWaitForWindowExposed(&d); }
+
+// Typed as a user would: select all, then type (ASCII only: the test
+// keyboard knows no other keys).
+void typeName(KAProjectDialog& d, const QString& text)
 {
-    return ProjectMgrInterface::returnMe();
+    nameEdit(d)->setFocus();
+    nameEdit(d)->selectAll();
+    text.isEmpty() ? QTest::keyClick(nameEdit(d), Qt::Key_Delete) : QTest::keyClicks(nameEdit(d), text);
 }
 
-QStringList loggedAt(MessageLoggerInterface::Level level)
-{
-    QStringList texts;
-    for (const MessageLoggerInterface::Entry& entry : MessageLoggerInterface::returnMe()->entries()) {
-        if (entry.level == level)
-            texts.append(entry.text);
-    }
-    return texts;
-}
-
-// Finds the dialog's widgets by name and uses them as a user would.
-class DialogDriver
-{
-public:
-    explicit DialogDriver(KAProjectDialog* dialog) : m_dialog(dialog) {}
-    template<typename W>
-    W* widget(const char* name) const { return m_dialog->findChild<W*>(QLatin1String(name)); }
-    QLineEdit* name() const { return widget<QLineEdit>("kaProjectName"); }
-    QPlainTextEdit* description() const { return widget<QPlainTextEdit>("kaProjectDescription"); }
-    QComboBox* state() const { return widget<QComboBox>("kaProjectState"); }
-    QListWidget* list() const { return widget<QListWidget>("kaProjectList"); }
-
-    bool show() const
-    {
-        m_dialog->show();
-        return QTest::qWaitForWindowExposed(m_dialog);
-    }
-    // Typed as a user would: select all, then type (ASCII only: the test
-    // keyboard knows no other keys).
-    void typeName(const QString& text) const
-    {
-        name()->setFocus();
-        name()->selectAll();
-        if (text.isEmpty())
-            QTest::keyClick(name(), Qt::Key_Delete);
-        else
-            QTest::keyClicks(name(), text);
-    }
-    void setState(int value) const { state()->setCurrentIndex(state()->findData(value)); }
-    void clickOk() const
-    {
-        QTest::mouseClick(widget<QDialogButtonBox>("kaProjectButtons")->button(QDialogButtonBox::Ok), Qt::LeftButton);
-    }
-
-private:
-    KAProjectDialog* m_dialog; // not owned
-};
+void clickOk(KAProjectDialog& d) { QTest::mouseClick(part<QDialogButtonBox>(d, "kaProjectButtons")->button(QDialogButtonBox::Ok), Qt::LeftButton); }
 
 } // namespace
 
@@ -95,289 +57,115 @@ class TestKAProjectDialog : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void initTestCase() { kaInitTestEnvironment(); }
+    void init()
+    {
+        MessageLoggerInterface::returnMe()->clear();
+        m_fixture.reset(new TestFixture);
+        manager()->setWorkspaceFolders({m_fixture->path()});
+    }
+    void cleanup()
+    {
+        manager()->closeAll();
+        manager()->setWorkspaceFolders({});
+        m_fixture.reset();
+    }
 
-    void savesToTheDatabase_data();
-    void savesToTheDatabase();
-    void severalProjectsEditedTogether();
-    void emptyNameRefused_data();
-    void emptyNameRefused();
-    void readOnlyWriteRefused_data();
-    void readOnlyWriteRefused();
-    void unknownStateKept();
-    void stateLabels_data();
-    void stateLabels();
+    void editsSavedToTheDatabase();
+    void refusedSaveWritesNothing_data();
+    void refusedSaveWritesNothing();
 
 private:
     // A project of the fixture known to the project manager, closed.
-    const KAObject2Project* project(const QString& name);
+    const KAObject2Project* project(const QString& name) { return manager()->discoverProject(m_fixture->makeProject(name)); }
 
     std::unique_ptr<TestFixture> m_fixture;
 };
 
-void TestKAProjectDialog::initTestCase()
+// Edits of each project are kept while the user moves through the list;
+// OK saves every changed project, open or closed, and only those. A state
+// this version does not name is shown as such and kept.
+void TestKAProjectDialog::editsSavedToTheDatabase()
 {
-    kaInitTestEnvironment();
-}
+    const KAObject2Project *alpha = project(QStringLiteral("Alpha")), *beta = project(QStringLiteral("Beta")),
+                           *gamma = project(QStringLiteral("Gamma"));
+    QVERIFY(alpha && beta && gamma && manager()->openProject(gamma));
+    QVERIFY(gamma->db()->setProjectProperties(QStringLiteral("Gamma"), QStringLiteral("old"), 5));
+    const QStringList betaBefore = headerOnDisk(beta);
+    const QStringList alphaAfter{QStringLiteral("Alpha <b>& co"), QStringLiteral("Stability study\nsecond batch"),
+                                 QString::number(KAObject2Project::StateValidated)};
 
-void TestKAProjectDialog::init()
-{
-    MessageLoggerInterface::returnMe()->clear();
-    m_fixture.reset(new TestFixture);
-    manager()->setWorkspaceFolders({m_fixture->path()});
-}
-
-void TestKAProjectDialog::cleanup()
-{
-    manager()->closeAll();
-    manager()->setWorkspaceFolders({});
-    m_fixture.reset();
-}
-
-const KAObject2Project* TestKAProjectDialog::project(const QString& name)
-{
-    const QString folder = m_fixture->makeProject(name);
-    if (folder.isEmpty())
-        return nullptr;
-    return manager()->discoverProject(folder);
-}
-
-void TestKAProjectDialog::savesToTheDatabase_data()
-{
-    QTest::addColumn<bool>("open");
-
-    QTest::newRow("open project") << true;
-    QTest::newRow("closed project, opened for the write") << false;
-}
-
-void TestKAProjectDialog::savesToTheDatabase()
-{
-    QFETCH(bool, open);
-
-    const KAObject2Project* alpha = project(QStringLiteral("Alpha"));
-    QVERIFY(alpha);
-    if (open)
-        QVERIFY(manager()->openProject(alpha));
-
-    KAProjectDialog dialog({alpha}, nullptr);
-    DialogDriver driver(&dialog);
-    QVERIFY(!driver.list());
-    QVERIFY(driver.show());
-    QCOMPARE(driver.name()->text(), QStringLiteral("Alpha"));
-    const QString name = QStringLiteral("Alpha <b>& co");
-    const QString description = QStringLiteral("Stability study\nsecond batch");
-    driver.typeName(name);
-    driver.description()->setPlainText(description);
-    driver.setState(KAObject2Project::StateValidated);
-    driver.clickOk();
+    KAProjectDialog dialog({alpha, beta, gamma}, nullptr);
+    QVERIFY(shown(dialog));
+    typeName(dialog, alphaAfter[0]);
+    setDescription(dialog, alphaAfter[1]);
+    stateBox(dialog)->setCurrentIndex(stateBox(dialog)->findData(KAObject2Project::StateValidated));
+    QCOMPARE(list(dialog)->item(0)->text(), alphaAfter[0]);
+    list(dialog)->setCurrentRow(1);
+    QCOMPARE(part<QLineEdit>(dialog, "kaProjectFolder")->text(), QDir::toNativeSeparators(beta->folder()));
+    list(dialog)->setCurrentRow(2);
+    QCOMPARE(stateBox(dialog)->currentText(), QStringLiteral("Unknown state (5)"));
+    setDescription(dialog, QStringLiteral("new"));
+    list(dialog)->setCurrentRow(0);
+    QCOMPARE(nameEdit(dialog)->text(), alphaAfter[0]);
+    QCOMPARE(stateBox(dialog)->currentData().toInt(), int(KAObject2Project::StateValidated));
+    clickOk(dialog);
 
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
     QVERIFY(!dialog.isVisible());
-    QVERIFY(loggedAt(MessageLoggerInterface::LevelError).isEmpty());
-    QCOMPARE(alpha->name(), name);
-    QCOMPARE(alpha->description(), description);
-    QCOMPARE(alpha->projectState(), int(KAObject2Project::StateValidated));
-    QCOMPARE(manager()->isOpen(alpha), open);
-
-    const Header header = headerOnDisk(alpha->folder());
-    QCOMPARE(header.name, name);
-    QCOMPARE(header.description, description);
-    QCOMPARE(header.state, int(KAObject2Project::StateValidated));
+    QVERIFY(logged().isEmpty());
+    QCOMPARE(headerOnDisk(alpha), alphaAfter);
+    QCOMPARE((QStringList{alpha->name(), alpha->description(), QString::number(alpha->projectState())}), alphaAfter);
+    QCOMPARE(headerOnDisk(beta), betaBefore);
+    QCOMPARE(headerOnDisk(gamma), (QStringList{"Gamma", "new", "5"}));
+    QVERIFY(!manager()->isOpen(alpha) && !manager()->isOpen(beta) && manager()->isOpen(gamma));
 }
 
-// Edits of each project are kept while the user moves through the list;
-// OK saves every changed project and only those.
-void TestKAProjectDialog::severalProjectsEditedTogether()
+void TestKAProjectDialog::refusedSaveWritesNothing_data()
 {
-    const KAObject2Project* alpha = project(QStringLiteral("Alpha"));
-    const KAObject2Project* beta = project(QStringLiteral("Beta"));
-    const KAObject2Project* gamma = project(QStringLiteral("Gamma"));
-    QVERIFY(alpha && beta && gamma);
-    const Header gammaBefore = headerOnDisk(gamma->folder());
+    QTest::addColumn<QString>("name"); // typed for the second project
+    QTest::addColumn<bool>("readOnly");
+    QTest::addColumn<bool>("editFirst");
 
-    KAProjectDialog dialog({alpha, beta, gamma}, nullptr);
-    DialogDriver driver(&dialog);
-    QVERIFY(driver.show());
-    QVERIFY(driver.list());
-    QCOMPARE(driver.list()->count(), 3);
-    QCOMPARE(dialog.currentProject(), 0);
-    driver.typeName(QStringLiteral("Alpha 2"));
-    QCOMPARE(driver.list()->item(0)->text(), QStringLiteral("Alpha 2"));
-
-    driver.list()->setCurrentRow(1);
-    QCOMPARE(dialog.currentProject(), 1);
-    QCOMPARE(driver.name()->text(), QStringLiteral("Beta"));
-    QCOMPARE(driver.widget<QLineEdit>("kaProjectFolder")->text(), QDir::toNativeSeparators(beta->folder()));
-    driver.setState(KAObject2Project::StateArchived);
-
-    driver.list()->setCurrentRow(0);
-    QCOMPARE(driver.name()->text(), QStringLiteral("Alpha 2"));
-    QCOMPARE(driver.state()->currentData().toInt(), int(KAObject2Project::StateInProgress));
-    driver.clickOk();
-
-    QCOMPARE(dialog.result(), int(QDialog::Accepted));
-    QCOMPARE(headerOnDisk(alpha->folder()).name, QStringLiteral("Alpha 2"));
-    QCOMPARE(headerOnDisk(beta->folder()).name, QStringLiteral("Beta"));
-    QCOMPARE(headerOnDisk(beta->folder()).state, int(KAObject2Project::StateArchived));
-    const Header gammaAfter = headerOnDisk(gamma->folder());
-    QCOMPARE(gammaAfter.name, gammaBefore.name);
-    QCOMPARE(gammaAfter.description, gammaBefore.description);
-    QCOMPARE(gammaAfter.state, gammaBefore.state);
-    QVERIFY(!manager()->isOpen(alpha) && !manager()->isOpen(beta) && !manager()->isOpen(gamma));
+    QTest::newRow("empty name") << QString() << false << false;
+    QTest::newRow("spaces only, first project changed") << QStringLiteral("   ") << false << true;
+    QTest::newRow("read-only after a writable project") << QStringLiteral("Beta renamed") << true << true;
 }
 
-void TestKAProjectDialog::emptyNameRefused_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("ofSecondProject");
-
-    QTest::newRow("empty name") << QString() << false;
-    QTest::newRow("spaces only") << QStringLiteral("   ") << false;
-    QTest::newRow("empty name of a project not shown") << QString() << true;
-}
-
-void TestKAProjectDialog::emptyNameRefused()
+// A refused name stops the save before anything is written; a read-only
+// project refuses its write, projects saved before it staying saved. The
+// dialog stays open on the refused project, its message logged once.
+void TestKAProjectDialog::refusedSaveWritesNothing()
 {
     QFETCH(QString, name);
-    QFETCH(bool, ofSecondProject);
+    QFETCH(bool, readOnly);
+    QFETCH(bool, editFirst);
 
-    const KAObject2Project* alpha = project(QStringLiteral("Alpha"));
-    const KAObject2Project* beta = project(QStringLiteral("Beta"));
-    QVERIFY(alpha && beta);
+    const KAObject2Project *alpha = project(QStringLiteral("Alpha")), *beta = project(QStringLiteral("Beta"));
+    QVERIFY(alpha && beta && (!readOnly || (manager()->openProject(beta, true) && beta->db()->isReadOnly())));
     KAProjectDialog dialog({alpha, beta}, nullptr);
-    DialogDriver driver(&dialog);
-    QVERIFY(driver.show());
-    // A valid change of the first project is not saved either: nothing is
-    // written while a name is refused.
-    driver.description()->setPlainText(QStringLiteral("changed"));
-    if (ofSecondProject)
-        driver.list()->setCurrentRow(1);
-    driver.typeName(name);
-    if (ofSecondProject)
-        driver.list()->setCurrentRow(0);
-    driver.clickOk();
+    QVERIFY(shown(dialog));
+    if (editFirst)
+        typeName(dialog, QStringLiteral("Alpha saved"));
+    list(dialog)->setCurrentRow(1);
+    typeName(dialog, name);
+    if (!readOnly)
+        list(dialog)->setCurrentRow(0); // the refused name is of a project not shown
+    clickOk(dialog);
 
     QVERIFY(dialog.isVisible());
     QVERIFY(dialog.result() != QDialog::Accepted);
-    QCOMPARE(dialog.currentProject(), ofSecondProject ? 1 : 0);
-    QCOMPARE(dialog.message(), QStringLiteral("The project name cannot be empty."));
-    QCOMPARE(loggedAt(MessageLoggerInterface::LevelWarning),
-             QStringList{QStringLiteral("The project name cannot be empty.")});
-    QCOMPARE(headerOnDisk(alpha->folder()).name, QStringLiteral("Alpha"));
-    QVERIFY(headerOnDisk(alpha->folder()).description != QLatin1String("changed"));
-    QCOMPARE(headerOnDisk(beta->folder()).name, QStringLiteral("Beta"));
-    QCOMPARE(alpha->name(), QStringLiteral("Alpha"));
-}
-
-void TestKAProjectDialog::readOnlyWriteRefused_data()
-{
-    QTest::addColumn<bool>("afterWritable");
-
-    QTest::newRow("alone") << false;
-    QTest::newRow("after a writable project") << true;
-}
-
-// A project open read-only refuses the write: the database's message is
-// logged once and shown, the dialog stays open on that project, projects
-// saved before it stay saved.
-void TestKAProjectDialog::readOnlyWriteRefused()
-{
-    QFETCH(bool, afterWritable);
-
-    const KAObject2Project* writable = project(QStringLiteral("Alpha"));
-    const KAObject2Project* readOnly = project(QStringLiteral("Beta"));
-    QVERIFY(writable && readOnly);
-    QVERIFY(manager()->openProject(readOnly, true));
-    QVERIFY(readOnly->db()->isReadOnly());
-
-    QList<const KAObject2Project*> projects{readOnly};
-    if (afterWritable)
-        projects.prepend(writable);
-    KAProjectDialog dialog(projects, nullptr);
-    DialogDriver driver(&dialog);
-    QVERIFY(driver.show());
-    if (afterWritable) {
-        driver.typeName(QStringLiteral("Alpha saved"));
-        driver.list()->setCurrentRow(1);
-    }
-    driver.typeName(QStringLiteral("Beta renamed"));
-    driver.clickOk();
-
-    QVERIFY(dialog.isVisible());
-    QVERIFY(dialog.result() != QDialog::Accepted);
-    QCOMPARE(dialog.currentProject(), afterWritable ? 1 : 0);
-    const QStringList errors = loggedAt(MessageLoggerInterface::LevelError);
-    QCOMPARE(errors.size(), 1);
-    QCOMPARE(errors.first(), readOnly->db()->lastError());
-    QVERIFY2(errors.first().contains(QLatin1String("read-only")), qPrintable(errors.first()));
-    QCOMPARE(dialog.message(), errors.first());
-    QCOMPARE(readOnly->name(), QStringLiteral("Beta"));
-    QCOMPARE(headerOnDisk(readOnly->folder()).name, QStringLiteral("Beta"));
-    if (afterWritable)
-        QCOMPARE(headerOnDisk(writable->folder()).name, QStringLiteral("Alpha saved"));
-
-    // The user gives up: nothing more is written.
-    dialog.reject();
-    QCOMPARE(dialog.result(), int(QDialog::Rejected));
-    QCOMPARE(headerOnDisk(readOnly->folder()).name, QStringLiteral("Beta"));
-}
-
-// A state this version does not name is shown as such and kept when only
-// the description changes.
-void TestKAProjectDialog::unknownStateKept()
-{
-    const KAObject2Project* alpha = project(QStringLiteral("Alpha"));
-    QVERIFY(alpha);
-    QVERIFY(manager()->openProject(alpha));
-    QVERIFY(alpha->db()->setProjectProperties(QStringLiteral("Alpha"), QStringLiteral("old"), 5));
-
-    KAProjectDialog dialog({alpha}, nullptr);
-    DialogDriver driver(&dialog);
-    QCOMPARE(driver.state()->currentText(), QStringLiteral("Unknown state (5)"));
-    driver.description()->setPlainText(QStringLiteral("new"));
-    dialog.accept();
-    QCOMPARE(dialog.result(), int(QDialog::Accepted));
-    QCOMPARE(headerOnDisk(alpha->folder()).state, 5);
-    QCOMPARE(headerOnDisk(alpha->folder()).description, QStringLiteral("new"));
-}
-
-void TestKAProjectDialog::stateLabels_data()
-{
-    QTest::addColumn<int>("state");
-    QTest::addColumn<QString>("english");
-    QTest::addColumn<QString>("french");
-
-    QTest::newRow("in progress") << 0 << QStringLiteral("In progress") << QStringLiteral("En cours");
-    QTest::newRow("validated") << 1 << QStringLiteral("Validated") << QStringLiteral("Validé");
-    QTest::newRow("archived") << 2 << QStringLiteral("Archived") << QStringLiteral("Archivé");
-    QTest::newRow("locked") << 3 << QStringLiteral("Locked") << QStringLiteral("Verrouillé");
-    QTest::newRow("terminated") << 4 << QStringLiteral("Terminated") << QStringLiteral("Terminé");
-    QTest::newRow("terminated and archived") << 7 << QStringLiteral("Terminated and archived")
-                                             << QStringLiteral("Terminé et archivé");
-}
-
-void TestKAProjectDialog::stateLabels()
-{
-    QFETCH(int, state);
-    QFETCH(QString, english);
-    QFETCH(QString, french);
-
-    const KAObject2Project* alpha = project(QStringLiteral("Alpha"));
-    QVERIFY(alpha);
-    KAProjectDialog dialog({alpha}, nullptr);
-    QComboBox* combo = DialogDriver(&dialog).state();
-    QCOMPARE(combo->count(), 6);
-    const int row = combo->findData(state);
-    QVERIFY(row >= 0);
-    QCOMPARE(combo->itemText(row), english);
-    QCOMPARE(KAProjectDialog::states().indexOf(state), row);
-
-    TTranslator::setLanguage(TTranslator::French);
-    const QString translated = KAProjectDialog::stateName(state);
-    TTranslator::setLanguage(TTranslator::English);
-    QCOMPARE(translated, french);
+    QCOMPARE(dialog.currentProject(), 1);
+    const QStringList expected = readOnly ? QStringList{beta->db()->lastError()}
+                                          : QStringList{QStringLiteral("The project name cannot be empty.")};
+    QCOMPARE(logged(), expected);
+    QCOMPARE(MessageLoggerInterface::returnMe()->entries().first().level,
+             readOnly ? MessageLoggerInterface::LevelError : MessageLoggerInterface::LevelWarning);
+    QVERIFY2(!readOnly || expected.first().contains(QLatin1String("read-only")), qPrintable(expected.first()));
+    QCOMPARE(dialog.message(), expected.first());
+    QCOMPARE(beta->name(), QStringLiteral("Beta"));
+    QCOMPARE(headerOnDisk(beta).value(0), QStringLiteral("Beta"));
+    QCOMPARE(headerOnDisk(alpha).value(0), readOnly && editFirst ? QStringLiteral("Alpha saved") : QStringLiteral("Alpha"));
 }
 
 QTEST_MAIN(TestKAProjectDialog)

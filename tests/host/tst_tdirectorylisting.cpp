@@ -2,164 +2,83 @@
 #include "testfixture.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTest>
 
 #ifdef Q_OS_UNIX
 #include <sys/stat.h>
-#include <sys/types.h>
 #endif
 
-namespace {
-
-void touch(const QString& path)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-}
-
-// "name/" for a folder, "name" for a file, sorted.
-QStringList describe(const QVector<TDirectoryListing::Entry>& entries)
-{
-    QStringList names;
-    for (const TDirectoryListing::Entry& entry : entries)
-        names.append(entry.info.fileName() + (entry.isDir ? QStringLiteral("/") : QString()));
-    names.sort();
-    return names;
-}
-
-QStringList describe(const QFileInfoList& infos)
-{
-    QStringList names;
-    for (const QFileInfo& info : infos)
-        names.append(info.fileName() + (info.isDir() ? QStringLiteral("/") : QString()));
-    names.sort();
-    return names;
-}
-
-} // namespace
-
-// The explorer's folder listing gives what QDir gives for the same folder
-// and filters, and tells whether the folder holds a project file.
+// The explorer's folder listing gives what QDir gives for the same folder and
+// filters (accents, hidden entries, links to a folder, a file, nowhere and back
+// up, a pipe), and tells whether the folder holds a project file or a link to one.
 class tst_TDirectoryListing : public QObject
 {
     Q_OBJECT
-
-private slots:
-    void initTestCase();
-    void sameEntriesAsQDir_data();
-    void sameEntriesAsQDir();
-    void markerMustBeARegularFile_data();
-    void markerMustBeARegularFile();
-    void unreadableFolderListsNothing();
-
-private:
     std::unique_ptr<TestFixture> m_fixture;
     QString m_folder;
-};
 
-void tst_TDirectoryListing::initTestCase()
-{
-    kaInitTestEnvironment();
-    m_fixture.reset(new TestFixture);
-    m_folder = m_fixture->filePath(QStringLiteral("listing"));
-    QDir dir;
-    QVERIFY(dir.mkpath(m_folder + QStringLiteral("/Folder A")));
-    QVERIFY(dir.mkpath(m_folder + QStringLiteral("/Été 試料")));
-    QVERIFY(dir.mkpath(m_folder + QStringLiteral("/.hidden folder")));
-    QVERIFY(dir.mkpath(m_folder + QStringLiteral("/Project/Settings")));
-    touch(m_folder + QStringLiteral("/Project/project.kadb"));
-    touch(m_folder + QStringLiteral("/run.CSV"));
-    touch(m_folder + QStringLiteral("/notes.txt"));
-    touch(m_folder + QStringLiteral("/data.csv.bak"));
-    touch(m_folder + QStringLiteral("/.hidden.csv"));
+private slots:
+    void initTestCase()
+    {
+        kaInitTestEnvironment();
+        m_fixture.reset(new TestFixture);
+        m_folder = m_fixture->filePath(QStringLiteral("listing")) + QLatin1Char('/');
+        for (const char* folder : {"Folder A", "Été 試料", ".hidden folder", "Project/Settings",
+                                   "Not a project/project.kadb", "Linked project", "Broken project"})
+            QVERIFY(QDir().mkpath(m_folder + QString::fromUtf8(folder)));
+        for (const char* file : {"Project/project.kadb", "run.CSV", "notes.txt", "data.csv.bak", ".hidden.csv"})
+            QVERIFY(QFile(m_folder + QLatin1String(file)).open(QIODevice::WriteOnly));
 #ifdef Q_OS_UNIX
-    QVERIFY(QFile::link(m_folder + QStringLiteral("/Folder A"), m_folder + QStringLiteral("/link to folder")));
-    QVERIFY(QFile::link(m_folder + QStringLiteral("/notes.txt"), m_folder + QStringLiteral("/link to notes.txt")));
-    QVERIFY(QFile::link(m_folder + QStringLiteral("/nowhere"), m_folder + QStringLiteral("/broken.csv")));
-    QVERIFY(QFile::link(m_folder, m_folder + QStringLiteral("/Folder A/back to parent")));
-    QCOMPARE(mkfifo(QFile::encodeName(m_folder + QStringLiteral("/pipe.csv")).constData(), 0600), 0);
+        const char* links[][2] = {{"Folder A", "link to folder"}, {"notes.txt", "link to notes.txt"}, {"nowhere", "broken.csv"},
+            {".", "Folder A/back to parent"}, {"Project/project.kadb", "Linked project/project.kadb"},
+            {"nowhere.kadb", "Broken project/project.kadb"}};
+        for (const auto& link : links)
+            QVERIFY(QFile::link(QDir::cleanPath(m_folder + QLatin1String(link[0])), m_folder + QLatin1String(link[1])));
+        QCOMPARE(mkfifo(QFile::encodeName(m_folder + QStringLiteral("pipe.csv")).constData(), 0600), 0);
 #endif
-}
-
-void tst_TDirectoryListing::sameEntriesAsQDir_data()
-{
-    QTest::addColumn<QStringList>("patterns");
-    QTest::addColumn<bool>("files");
-    QTest::newRow("folders only") << QStringList() << false;
-    QTest::newRow("every file") << QStringList() << true;
-    QTest::newRow("patterns, any case") << QStringList({QStringLiteral("*.csv")}) << true;
-    QTest::newRow("several patterns") << QStringList({QStringLiteral("*.txt"), QStringLiteral("run.*")}) << true;
-    QTest::newRow("pattern matching nothing") << QStringList({QStringLiteral("*.none")}) << true;
-}
-
-void tst_TDirectoryListing::sameEntriesAsQDir()
-{
-    QFETCH(QStringList, patterns);
-    QFETCH(bool, files);
-    QDir::Filters filters = QDir::AllDirs | QDir::NoDotAndDotDot;
-    if (files)
-        filters |= QDir::Files;
-    const QFileInfoList expected = QDir(m_folder).entryInfoList(patterns, filters, QDir::NoSort);
-    const QVector<TDirectoryListing::Entry> entries = TDirectoryListing::list(m_folder, patterns, files, QString());
-    QCOMPARE(describe(entries), describe(expected));
-    for (const TDirectoryListing::Entry& entry : entries) {
-        const QFileInfo fresh(entry.info.absoluteFilePath());
-        QCOMPARE(entry.isDir, fresh.isDir());
-        QCOMPARE(entry.isSymLink, fresh.isSymLink());
-        QCOMPARE(entry.info.absoluteFilePath(), QDir::cleanPath(m_folder + QLatin1Char('/') + entry.info.fileName()));
     }
-}
 
-void tst_TDirectoryListing::markerMustBeARegularFile_data()
-{
-    QTest::addColumn<QString>("folder");
-    QTest::addColumn<bool>("files");
-    QTest::addColumn<bool>("holds");
-    QTest::addColumn<bool>("listed"); // the marker among the entries
-    QTest::newRow("project, files listed") << QStringLiteral("Project") << true << true << true;
-    QTest::newRow("project, folders only") << QStringLiteral("Project") << false << true << false;
-    QTest::newRow("marker only deeper down") << QString() << true << false << false;
-    QTest::newRow("marker is a folder") << QStringLiteral("Not a project") << false << false << true;
+    void sameEntriesAsQDir_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QStringList>("patterns");
+        QTest::addColumn<bool>("files");
+        QTest::addColumn<bool>("holds");
+        const QStringList none;
+        QTest::newRow("folders only") << QString() << none << false << false;
+        QTest::newRow("every file, project file deeper down") << QString() << none << true << false;
+        const QStringList patterns = {QStringLiteral("*.csv"), QStringLiteral("n*.txt")};
+        QTest::newRow("patterns, any case") << QString() << patterns << true << false;
+        QTest::newRow("project, files listed") << QStringLiteral("Project") << none << true << true;
+        QTest::newRow("project, folders only") << QStringLiteral("Project") << none << false << true;
+        QTest::newRow("project file is a folder") << QStringLiteral("Not a project") << none << false << false;
+        QTest::newRow("vanished folder") << QStringLiteral("missing") << none << true << false;
 #ifdef Q_OS_UNIX
-    QTest::newRow("marker is a link to a file") << QStringLiteral("Linked project") << false << true << false;
-    QTest::newRow("marker is a broken link") << QStringLiteral("Broken project") << true << false << false;
+        QTest::newRow("project file is a link") << QStringLiteral("Linked project") << none << false << true;
+        QTest::newRow("project file is a broken link") << QStringLiteral("Broken project") << none << true << false;
 #endif
-}
+    }
 
-// The folder listed tells whether it holds the marker, whatever else is
-// asked of the listing; the folders it lists are not looked into.
-void tst_TDirectoryListing::markerMustBeARegularFile()
-{
-    QFETCH(QString, folder);
-    QFETCH(bool, files);
-    QFETCH(bool, holds);
-    QFETCH(bool, listed);
-    const QString marker = QStringLiteral("project.kadb");
-    QVERIFY(QDir().mkpath(m_folder + QStringLiteral("/Not a project/project.kadb")));
-#ifdef Q_OS_UNIX
-    QVERIFY(QDir().mkpath(m_folder + QStringLiteral("/Linked project")));
-    QFile::link(m_folder + QStringLiteral("/Project/project.kadb"), m_folder + QStringLiteral("/Linked project/project.kadb"));
-    QVERIFY(QDir().mkpath(m_folder + QStringLiteral("/Broken project")));
-    QFile::link(m_folder + QStringLiteral("/nowhere.kadb"), m_folder + QStringLiteral("/Broken project/project.kadb"));
-#endif
-    const QString path = folder.isEmpty() ? m_folder : m_folder + QLatin1Char('/') + folder;
-    bool found = !holds;
-    const QVector<TDirectoryListing::Entry> entries = TDirectoryListing::list(path, {}, files, marker, &found);
-    QCOMPARE(found, holds);
-    bool markerListed = false;
-    for (const TDirectoryListing::Entry& entry : entries)
-        markerListed = markerListed || entry.info.fileName() == marker;
-    QCOMPARE(markerListed, listed);
-    for (const char* made : {"Not a project", "Linked project", "Broken project"})
-        QDir(m_folder + QLatin1Char('/') + QLatin1String(made)).removeRecursively();
-}
-
-void tst_TDirectoryListing::unreadableFolderListsNothing()
-{
-    QVERIFY(TDirectoryListing::list(m_folder + QStringLiteral("/missing"), {}, true, QString()).isEmpty());
-    QVERIFY(TDirectoryListing::list(m_folder + QStringLiteral("/notes.txt"), {}, true, QString()).isEmpty());
-}
+    void sameEntriesAsQDir()
+    {
+        QFETCH(QString, folder);
+        QFETCH(QStringList, patterns);
+        QFETCH(bool, files);
+        QFETCH(bool, holds);
+        const QString path = QDir::cleanPath(m_folder + folder);
+        const QDir::Filters filters = QDir::AllDirs | QDir::NoDotAndDotDot | (files ? QDir::Files : QDir::Filters());
+        QStringList expected, listed; // path, then "/" for a folder and "@" for a link
+        for (const QFileInfo& info : QDir(path).entryInfoList(patterns, filters))
+            expected << info.absoluteFilePath() + QLatin1String(info.isDir() ? "/" : "") + QLatin1String(info.isSymLink() ? "@" : "");
+        bool found = !holds;
+        for (const auto& entry : TDirectoryListing::list(path, patterns, files, QStringLiteral("project.kadb"), &found))
+            listed << entry.info.absoluteFilePath() + QLatin1String(entry.isDir ? "/" : "") + QLatin1String(entry.isSymLink ? "@" : "");
+        QCOMPARE(found, holds);
+        expected.sort();
+        listed.sort();
+        QCOMPARE(listed, expected);
+    }
+};
 
 QTEST_MAIN(tst_TDirectoryListing)
 #include "tst_tdirectorylisting.moc"

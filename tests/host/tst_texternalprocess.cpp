@@ -2,7 +2,6 @@
 #include "texternalprocess.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTest>
 #include <QUrl>
 
@@ -12,107 +11,43 @@ class TestTExternalProcess : public QObject
 
 private slots:
     void initTestCase() { kaInitTestEnvironment(); }
-    void init();
-    void cleanup();
+    void cleanup() { TExternalProcess::setOpener({}); }
 
-    void opensTheFolder_data();
-    void opensTheFolder();
-    void systemRefusalIsReported();
-    void opensADocument_data();
-    void opensADocument();
+    void opens_data()
+    {
+        QTest::addColumn<bool>("document"); // else the file manager
+        QTest::addColumn<QString>("path");   // relative to the fixture folder
+        QTest::addColumn<QString>("opened"); // empty when nothing opens
+        QTest::addColumn<bool>("systemOpens");
+        const QString folder = QStringLiteral("Projects/Run 1"), file = folder + QStringLiteral("/report 1.pdf");
+        QTest::newRow("a folder opens itself") << false << folder << folder << true;
+        QTest::newRow("a file opens its folder") << false << file << folder << true;
+        QTest::newRow("a missing folder opens nothing") << false << "Projects/Missing" << "" << true;
+        QTest::newRow("an empty path opens no folder") << false << "" << "" << true;
+        QTest::newRow("the system's refusal is reported") << false << folder << folder << false;
+        QTest::newRow("a document opens") << true << file << file << true;
+        QTest::newRow("a folder is not a document") << true << folder << "" << true;
+        QTest::newRow("a missing document opens nothing") << true << "Projects/missing.pdf" << "" << true;
+        QTest::newRow("an empty path opens no document") << true << "" << "" << true;
+    }
 
-private:
-    QList<QUrl> m_opened;
-    bool m_answer = true;
+    void opens()
+    {
+        QFETCH(bool, document);
+        QFETCH(QString, path);
+        QFETCH(QString, opened);
+        QFETCH(bool, systemOpens);
+        TestFixture fixture;
+        QVERIFY(QDir(fixture.path()).mkpath(QStringLiteral("Projects/Run 1")));
+        QVERIFY(QFile(fixture.filePath(QStringLiteral("Projects/Run 1/report 1.pdf"))).open(QIODevice::WriteOnly));
+        QList<QUrl> urls; // recorded instead of launching a program
+        TExternalProcess::setOpener([&](const QUrl& url) { urls << url; return systemOpens; });
+        const QString full = path.isEmpty() ? QString() : fixture.filePath(path);
+        QCOMPARE(document ? TExternalProcess::openDocument(full) : TExternalProcess::startWindowsExplorer(full),
+                 !opened.isEmpty() && systemOpens);
+        QCOMPARE(urls, opened.isEmpty() ? QList<QUrl>() : QList<QUrl>{QUrl::fromLocalFile(fixture.filePath(opened))});
+    }
 };
-
-void TestTExternalProcess::init()
-{
-    m_opened.clear();
-    m_answer = true;
-    TExternalProcess::setOpener([this](const QUrl& url) {
-        m_opened << url;
-        return m_answer;
-    });
-}
-
-void TestTExternalProcess::cleanup()
-{
-    TExternalProcess::setOpener({});
-}
-
-void TestTExternalProcess::opensTheFolder_data()
-{
-    QTest::addColumn<QString>("path");    // relative to the fixture folder
-    QTest::addColumn<QString>("opened");  // relative folder; "-" when nothing opens
-    QTest::addColumn<bool>("result");
-
-    QTest::newRow("a folder opens itself") << "Projects/Run 1" << "Projects/Run 1" << true;
-    QTest::newRow("a file opens its folder") << "Projects/Run 1/project.kadb" << "Projects/Run 1" << true;
-    QTest::newRow("a missing path opens nothing") << "Projects/Missing" << "-" << false;
-    QTest::newRow("an empty path opens nothing") << "" << "-" << false;
-}
-
-void TestTExternalProcess::opensTheFolder()
-{
-    QFETCH(QString, path);
-    QFETCH(QString, opened);
-    QFETCH(bool, result);
-
-    TestFixture fixture;
-    QVERIFY(QDir(fixture.path()).mkpath(QStringLiteral("Projects/Run 1")));
-    QFile file(fixture.filePath(QStringLiteral("Projects/Run 1/project.kadb")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.close();
-
-    const QString full = path.isEmpty() ? QString() : fixture.filePath(path);
-    QCOMPARE(TExternalProcess::startWindowsExplorer(full), result);
-    if (opened == QLatin1String("-")) {
-        QVERIFY(m_opened.isEmpty());
-    } else {
-        QCOMPARE(m_opened.size(), 1);
-        QCOMPARE(m_opened[0], QUrl::fromLocalFile(fixture.filePath(opened)));
-    }
-}
-
-void TestTExternalProcess::systemRefusalIsReported()
-{
-    m_answer = false;
-    QVERIFY(!TExternalProcess::startWindowsExplorer(QDir::tempPath()));
-    QCOMPARE(m_opened.size(), 1);
-}
-
-void TestTExternalProcess::opensADocument_data()
-{
-    QTest::addColumn<QString>("path"); // relative to the fixture folder
-    QTest::addColumn<bool>("result");
-
-    QTest::newRow("a file opens") << "Data/report 1.pdf" << true;
-    QTest::newRow("a folder is not a document") << "Data" << false;
-    QTest::newRow("a missing file opens nothing") << "Data/missing.pdf" << false;
-    QTest::newRow("an empty path opens nothing") << "" << false;
-}
-
-void TestTExternalProcess::opensADocument()
-{
-    QFETCH(QString, path);
-    QFETCH(bool, result);
-
-    TestFixture fixture;
-    QVERIFY(QDir(fixture.path()).mkpath(QStringLiteral("Data")));
-    QFile file(fixture.filePath(QStringLiteral("Data/report 1.pdf")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.close();
-
-    const QString full = path.isEmpty() ? QString() : fixture.filePath(path);
-    QCOMPARE(TExternalProcess::openDocument(full), result);
-    if (result) {
-        QCOMPARE(m_opened.size(), 1);
-        QCOMPARE(m_opened[0], QUrl::fromLocalFile(fixture.filePath(path)));
-    } else {
-        QVERIFY(m_opened.isEmpty());
-    }
-}
 
 QTEST_MAIN(TestTExternalProcess)
 #include "tst_texternalprocess.moc"
