@@ -61,13 +61,18 @@ private:
     Node* m_root;
 };
 
-Node* addFolder(Node* parent, const QString& name, bool expanded)
+Node* addNode(Node* parent, KAObject2* payload, bool expanded = false)
 {
     auto* node = parent ? new Node(parent, -1) : new Node;
-    node->setData(new KAObject2Folder(name, KAObjectTypeUserFolder));
+    node->setData(payload);
     node->setOwnsData(true);
     node->setExpanded(expanded);
     return node;
+}
+
+Node* addFolder(Node* parent, const QString& name, bool expanded)
+{
+    return addNode(parent, new KAObject2Folder(name, KAObjectTypeUserFolder), expanded);
 }
 
 // In child order (children are linked at the head, so they are made last
@@ -76,15 +81,10 @@ Node* addFolder(Node* parent, const QString& name, bool expanded)
 struct SampleTree {
     std::unique_ptr<Node> root{addFolder(nullptr, QStringLiteral("Projects"), true)};
     Node* wells = addFolder(root.get(), QStringLiteral("Wells"), true);
-    Node* fake = new Node(wells, -1);
+    Node* fake = addNode(wells, new KAObject2Fake(KAObjectTypeSignal));
     Node* samples = addFolder(root.get(), QStringLiteral("Échantillons & été"), true);
     Node* batch2 = addFolder(samples, QStringLiteral("Batch 2"), true);
     Node* batch1 = addFolder(samples, QStringLiteral("Batch 1"), false);
-    SampleTree()
-    {
-        fake->setData(new KAObject2Fake(KAObjectTypeSignal));
-        fake->setOwnsData(true);
-    }
 };
 
 // The expand state the manager recalls for each node, '1' or '0': root,
@@ -97,10 +97,7 @@ QByteArray recalled(Mgr& mgr, const SampleTree& t)
     return states;
 }
 
-QString statePath()
-{
-    return TApplicationData::getInstance()->applicationDataPath() + QStringLiteral("/filesystemtreeconfig.xml");
-}
+QString statePath() { return TApplicationData::getInstance()->applicationDataPath() + "/filesystemtreeconfig.xml"; }
 
 // Qt 5's DOM writes the attributes of an element in the order of its hash
 // table, which changes from one run to the next; that order is no part of

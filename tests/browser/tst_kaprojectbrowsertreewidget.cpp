@@ -1,6 +1,4 @@
 #include "kamimedata.h"
-#include "kaobject2folder.h"
-#include "kaobject2project.h"
 #include "kaprojectbrowserctrl.h"
 #include "kaprojectbrowserfilterpackage.h"
 #include "kaprojectbrowsermgr.h"
@@ -134,17 +132,13 @@ private slots:
         for (const char* action : {"Folder", "Rename", "Delete"})
             QTest::addRow("read-only view: %s", action) << "view" << action << QStringList();
         const QString warning = QString::number(MessageLoggerInterface::LevelWarning) + ' ';
-        QTest::newRow("read-only project: new folder")
-            << "project" << "Folder"
-            << QStringList{warning + "Impossible to add a new folder because current project is opened as <b>Read Only</b>"};
-        QTest::newRow("read-only project: rename")
-            << "project" << "Rename"
-            << QStringList{warning
-                           + "Impossible to rename an item from  current project because it is opened as <b>Read Only</b>"};
-        QTest::newRow("read-only project: delete")
-            << "project" << "Delete"
-            << QStringList{QString::number(MessageLoggerInterface::LevelError)
-                           + "  Impossible to remove item from current project because it is opened as <b>Read Only</b>"};
+        const QString error = QString::number(MessageLoggerInterface::LevelError) + ' ';
+        QTest::newRow("read-only project: new folder") << "project" << "Folder" << QStringList{
+            warning + "Impossible to add a new folder because current project is opened as <b>Read Only</b>"};
+        QTest::newRow("read-only project: rename") << "project" << "Rename" << QStringList{
+            warning + "Impossible to rename an item from  current project because it is opened as <b>Read Only</b>"};
+        QTest::newRow("read-only project: delete") << "project" << "Delete" << QStringList{
+            error + " Impossible to remove item from current project because it is opened as <b>Read Only</b>"};
         QTest::newRow("writable: rename opens the editor") << "" << "Rename" << QStringList();
     }
     void actionOnUserFolder()
@@ -274,9 +268,8 @@ private slots:
             QApplication::sendEvent(view()->viewport(), event);
             QVERIFY2(event->isAccepted(), qPrintable(QString::number(event->type())));
         }
-        QCOMPARE(analyses.at(0)->parent(), target);
-        QCOMPARE(analyses.at(1)->parent(), target);
-        QCOMPARE(well->parent(), wellParent);
+        QCOMPARE((QList<Node*>{analyses.at(0)->parent(), well->parent(), analyses.at(1)->parent()}),
+                 (QList<Node*>{target, wellParent, target}));
         QVERIFY(!logged().filter(QRegularExpression(QStringLiteral("^%1 .*").arg(MessageLoggerInterface::LevelError)))
                      .filter(well->data()->name().toHtmlEscaped())
                      .isEmpty());

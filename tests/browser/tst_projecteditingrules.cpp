@@ -63,6 +63,7 @@ class tst_ProjectEditingRules : public QObject
     Node* nodeOf(const KAObject2* object) const { return TreeTest::nodeOf(mgr()->getTree(), object); }
     Node* folder(const QString& name, Node* parent) { return m_ctrl->createFolder(name, parent); }
     QString renamed(Node* node, QString name) { return m_ctrl->renameObject(node, name) ? name : "<refused>"; }
+    bool saved(const SavedEntry& entry) const { return readSavedEntries(mgr()->savedTreePath()).contains(entry); }
     QString property(qint64 id, const QString& key) const
     {
         return db()->getObjectProperties(db()->objectById(id), key, nullptr).value();
@@ -114,14 +115,12 @@ private slots:
         QCOMPARE(renamed(other, "Deep"), QStringLiteral("Deep_1"));
         QCOMPARE(renamed(other, "Data"), QStringLiteral("Data_4"));
         QCOMPARE(renamed(other, "Data_4"), QStringLiteral("Data_4"));
-        const QString saved = QDir(m_project->folder()).filePath("Settings/default.projectbrowser.xml");
-        QVERIFY(readSavedEntries(saved).contains({"KAObject2Analysis", "Data_4", "/Analysis/Data_4"}));
+        const QString layout = QDir(m_project->folder()).filePath("Settings/default.projectbrowser.xml");
+        QVERIFY(readSavedEntries(layout).contains({"KAObject2Analysis", "Data_4", "/Analysis/Data_4"}));
         // A folder accepts the kinds of the folder it is made in, nested too.
-        QList<int> kinds;
-        for (KAObjectType kind : folder("Inner", folder("Outer", branch(KAObjectTypeGlobalIndexation)))->data()
-                                     ->getAllowedVisualReparentType())
-            kinds.append(kind);
-        QCOMPARE(kinds, (QList<int>{528, 281}));
+        Node* inner = folder("Inner", folder("Outer", branch(KAObjectTypeGlobalIndexation)));
+        QCOMPARE(inner->data()->getAllowedVisualReparentType(),
+                 (QList<KAObjectType>{KAObjectTypeGlobalIndexation, KAObjectTypeIdentificationGroup}));
     }
 
     // Written to the database; the saved layout follows the new name.
@@ -210,8 +209,7 @@ private slots:
         move({}, batch, false, "", {});
         move({a0, well}, plates, true,
              "The move of <b>A&amp;B &lt;i&gt;x&lt;/i&gt; &quot;q&quot;</b> is not allowed into this folder", {a0});
-        QCOMPARE(nodeOf(a0)->parent(), branch());
-        QCOMPARE(nodeOf(well)->parent(), plates);
+        QCOMPARE((QList<Node*>{nodeOf(a0)->parent(), nodeOf(well)->parent()}), (QList<Node*>{branch(), plates}));
         const QString platesRefused = QStringLiteral("The move of <b>Plates</b> is not allowed into this folder");
         move({plates->data()}, batch, false, platesRefused, {plates->data()});
         move({plates->data(), a1}, batch, true, platesRefused, {plates->data()});
@@ -223,12 +221,16 @@ private slots:
         QFile::remove(mgr()->savedTreePath());
         move({outer->data()}, inner, true, "", {});
         QCOMPARE(outer->parent(), branch());
-        QVERIFY(readSavedEntries(mgr()->savedTreePath())
-                    .contains({"KAObject2Analysis", "Inner", "/Analysis/Outer/Inner"}));
+        QVERIFY(saved({"KAObject2Analysis", "Inner", "/Analysis/Outer/Inner"}));
+        // Reparented directly, never into its own subtree nor onto itself.
+        MessageLoggerInterface::returnMe()->clear();
+        m_ctrl->reparentItem(outer, inner);
+        m_ctrl->reparentItem(outer, outer);
+        QCOMPARE(logTexts(), (QStringList{"Moving item failed", "Moving item failed"}));
+        QCOMPARE(MessageLoggerInterface::returnMe()->entries().first().level, MessageLoggerInterface::LevelInformation);
         // A folder moves with its content.
         move({outer->data()}, batch, true, "", {});
-        QVERIFY(readSavedEntries(mgr()->savedTreePath())
-                    .contains({"KAObject2Analysis", "Inner", "/Analysis/Batch/Outer/Inner"}));
+        QVERIFY(saved({"KAObject2Analysis", "Inner", "/Analysis/Batch/Outer/Inner"}));
     }
 
     // The two properties written, the message, the objects notified; the
@@ -250,9 +252,8 @@ private slots:
         Node* node = nodeOf(object);
         const KAObject2* oldParent = node->parent()->data();
         Node* target = toFolder ? folder("Associated", branch()) : nodeOf(analysis(2));
-        const KAObject2* newParent = target->data();
         const qint64 id = object->id();
-        const QString parentName = newParent->name();
+        const QString parentName = target->data()->name();
         QSignalSpy changed(ApplicationInterface::returnMe(), &ApplicationInterface::refreshObject);
         if (toFolder) {
             // Without kind 4 among the folder's kinds, a dataset is skipped silently.
@@ -271,23 +272,13 @@ private slots:
         QList<const KAObject2*> notified;
         for (const QList<QVariant>& args : qAsConst(changed))
             notified.append(args.first().value<const KAObject2*>());
-        QCOMPARE(notified, signal ? (QList<const KAObject2*>{oldParent, object, newParent})
-                                  : (QList<const KAObject2*>{object, newParent}));
+        QCOMPARE(notified, signal ? (QList<const KAObject2*>{oldParent, object, target->data()})
+                                  : (QList<const KAObject2*>{object, target->data()}));
         QCOMPARE(node->parent()->data(), oldParent);
         m_ctrl.reset();
         QVERIFY(TestFixture::reopen(m_project));
         QCOMPARE(property(id, "parent"), toFolder ? QStringLiteral("260") : QStringLiteral("1"));
         QCOMPARE(property(id, "parentID"), parentName);
-    }
-
-    // Never into its own subtree, nor onto itself.
-    void reparentRefused()
-    {
-        Node* outer = folder("Outer", branch());
-        m_ctrl->reparentItem(outer, folder("Inner", outer));
-        m_ctrl->reparentItem(outer, outer);
-        QCOMPARE(logTexts(), (QStringList{"Moving item failed", "Moving item failed"}));
-        QCOMPARE(MessageLoggerInterface::returnMe()->entries().first().level, MessageLoggerInterface::LevelInformation);
     }
 
     // The manager first; then the plug-ins in the order they were added.
@@ -297,9 +288,8 @@ private slots:
         QTest::addColumn<QString>("accepts"); // a plug-in a character: + accepts, - refuses
         QTest::addColumn<QString>("asked");
         QTest::newRow("rename asks every plug-in") << "rename" << "+-+" << "abc";
-        QTest::newRow("delete stops at the first to accept") << "delete" << "-++" << "ab";
-        QTest::newRow("move stops at the first to accept") << "move" << "-++" << "ab";
-        QTest::newRow("expand stops at the first to accept") << "expand" << "-++" << "ab";
+        for (const char* operation : {"delete", "move", "expand"})
+            QTest::addRow("%s stops at the first to accept", operation) << operation << "-++" << "ab";
     }
     void pluginDispatch()
     {

@@ -132,9 +132,8 @@ private slots:
         QVERIFY(db->commitBatch());
         // A compound deleted takes its entries with it, not their detections.
         QVERIFY(db->deleteObject(db->objectById(ids.at(3)), true) && peakDetect(db, pd(2)));
-        QCOMPARE(rawColumn(TDatabase::databasePath(folder),
-                           QStringLiteral("SELECT COUNT(*) FROM compound_peaks WHERE compound NOT IN (SELECT id FROM objects)")),
-                 QStringList{QStringLiteral("0")});
+        const QString orphans = QStringLiteral("SELECT COUNT(*) FROM compound_peaks WHERE compound NOT IN (SELECT id FROM objects)");
+        QCOMPARE(rawColumn(TDatabase::databasePath(folder), orphans), QStringList{QStringLiteral("0")});
         const QString expected = QStringLiteral("C0:%1,%2,%3 C1:%4,0,0 C3:%5").arg(p[4], p[2], p[6], p[3], p[5]);
         QCOMPARE(compoundState(db), expected);
         const QString objects = describe(db);
@@ -213,8 +212,7 @@ private slots:
                 result << compound->name();
             return result.join(QLatin1Char(' '));
         };
-        const KAObject2Project* pa = a->project.get();
-        const KAObject2Project* pb = b->project.get();
+        const KAObject2Project *pa = a->project.get(), *pb = b->project.get();
         QCOMPARE(names({pb, pa}), QStringLiteral("B0 C0 C1 C0"));
         QCOMPARE(names({pa, pb, pa, pb}), QStringLiteral("C0 C1 C0 B0"));
         QCOMPARE(names({c->project.get(), nullptr, pb, c->project.get(), pa}), QStringLiteral("B0 C0 C1 C0"));

@@ -74,6 +74,9 @@ struct RecordingProgress : TProcessProgressInterface {
 
 } // namespace
 
+// Twice in a row: a result timer tick may sit between two checks.
+#define QTRY_QUIET() QTRY_VERIFY_WITH_TIMEOUT(quiet() && quiet(), 60000)
+
 // The search over every project of the host, one of them broken (its opening
 // fails and is skipped silently): superseding searches, project-name matches,
 // short texts, cancelling, a worker's error and destruction while opening.
@@ -82,15 +85,187 @@ class tst_BackgroundSearch : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
-    void resultsHeadedByTheirProject_data();
-    void resultsHeadedByTheirProject();
-    void cancelErrorOrDestroyWhileOpening();
+    void initTestCase()
+    {
+        kaInitTestEnvironment();
+        TSampleGenerator::Options options = TestFixture::smallOptions();
+        options.projects = 6;
+        QString error;
+        QVERIFY2(!TSampleGenerator::generate(m_workspace.filePath("p"), options, &error).isEmpty(), qPrintable(error));
+        // The content of the first never says "Zebra"; the second is broken.
+        for (const char* name : {"Zebra Study", "Broken Blank"})
+            QVERIFY(TSampleGenerator::generateProject(m_workspace.filePath("p/") + name, name, options, 11, &error));
+        QFile database(TechDB::TDatabase::databasePath(m_workspace.filePath("p/Broken Blank")));
+        QVERIFY(database.open(QIODevice::ReadWrite) && database.write(QByteArray(4096, '\x5a')) == 4096);
+        // The Computer tree stays small and free of projects: what is searched
+        // is the host's project list, not the tree.
+        QVERIFY(QDir().mkpath(m_workspace.filePath("tree")));
+    }
+
+    // A controller with its view and the search timer at zero.
+    void init()
+    {
+        ProjectMgrInterface::returnMe()->setWorkspaceFolders({m_workspace.filePath("p")});
+        QCOMPARE(projects(), 8);
+        QFile::remove(KAProjectBrowserAbstract::treeStatePath());
+        MessageLoggerInterface::returnMe()->clear();
+        m_filter = std::make_unique<KAFileSystemBrowserFilterPackage>();
+        m_filter->setRootForced(m_workspace.filePath("tree"));
+        if (QTest::currentDataTag() == QLatin1String("project name only, projects left out"))
+            m_filter->remove(KAObjectTypeProject);
+        m_ctrl = std::make_unique<RecordingCtrl>(QStringLiteral("tst_backgroundsearch"));
+        m_ctrl->init(m_filter.get(), nullptr, false);
+        m_parent = std::make_unique<QWidget>();
+        m_ctrl->initView(m_parent.get());
+        m_ctrl->searchTimer()->setInterval(0);
+        m_progress.log.clear();
+        m_ctrl->setSearchProcessProgress(&m_progress);
+    }
+
+    void cleanup()
+    {
+        m_ctrl.reset();
+        QThreadPool::globalInstance()->waitForDone();
+        QThreadPool::globalInstance()->setMaxThreadCount(m_poolThreads);
+        m_parent.reset();
+        ProjectMgrInterface::returnMe()->closeAll();
+        for (const MessageLoggerInterface::Entry& entry : MessageLoggerInterface::returnMe()->entries())
+            QVERIFY2(entry.level != MessageLoggerInterface::LevelError, qPrintable(entry.text));
+    }
+
+    void resultsHeadedByTheirProject_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("count"); // -1: each project that opens, all with a "Blank" analysis
+        QTest::addColumn<bool>("projectFirst");
+        // A project whose name matches but whose content does not is listed,
+        // alone, only when projects are in the filter.
+        QTest::newRow("project name only") << "zebra" << 1 << false;
+        QTest::newRow("project name only, projects left out") << "zebra" << 0 << false;
+        QTest::newRow("one character") << "B" << -1 << true;
+        QTest::newRow("two characters") << "Bl" << -1 << true;
+        QTest::newRow("three characters") << "Bla" << -1 << false;
+    }
+
+    void resultsHeadedByTheirProject()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, count);
+        QFETCH(bool, projectFirst);
+        m_ctrl->search(text);
+        QTRY_VERIFY(m_ctrl->isSearchActive());
+        QTRY_QUIET();
+        QCOMPARE(m_ctrl->current().size(), count < 0 ? projects() - 1 : count);
+        for (const Shown& result : m_ctrl->current()) {
+            QVERIFY(result.head->type() == KAObjectTypeProject && result.projectFirst == projectFirst);
+            if (count == 1) // nothing but the project's name matched
+                QVERIFY(result.head->name() == QLatin1String("Zebra Study") && result.names.isEmpty());
+        }
+    }
+
+    void cancelErrorOrDestroyWhileOpening()
+    {
+        // Cancelled while the projects are being opened: the view is reset, what
+        // was posted before the cancel was delivered by it, nothing comes after.
+        RecordingCtrl* ctrl = m_ctrl.get();
+        const int topLevel = ctrl->view()->topLevelItemCount();
+        ctrl->search(QStringLiteral("Blank"));
+        QTRY_VERIFY(ctrl->isSearchActive());
+        ctrl->search(QString());
+        QVERIFY(!ctrl->isSearchActive());
+        const int opened = ctrl->mediator()->openedControllers().size();
+        const int shown = ctrl->results.size();
+        QVERIFY2(opened < projects() - 1, "the opening ran to its end before the cancel");
+        QCOMPARE(ctrl->view()->currentStateId(), KAAbstractBrowserListView::stateNormal);
+        QCOMPARE(m_progress.log.last(), QStringLiteral("end"));
+        QTRY_COMPARE(QThreadPool::globalInstance()->activeThreadCount(), 0);
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+        QCOMPARE(ctrl->mediator()->openedControllers().size(), opened);
+        QCOMPARE(ctrl->results.size(), shown);
+        QCOMPARE(ctrl->view()->topLevelItemCount(), topLevel);
+
+        // A worker's error cancels the search, resets the view and is logged.
+        ctrl->search(QStringLiteral("Sample"));
+        QTRY_VERIFY(ctrl->isSearchActive());
+        QCoreApplication::postEvent(ctrl->mediator(), new Mediator::ExceptionOccuredEvent);
+        QCoreApplication::sendPostedEvents(ctrl->mediator(), Mediator::ExceptionOccuredEvent::eventType());
+        QVERIFY(!ctrl->isSearchActive());
+        QCOMPARE(ctrl->view()->currentStateId(), KAAbstractBrowserListView::stateNormal);
+        QCOMPARE(ctrl->view()->topLevelItemCount(), topLevel);
+        QCOMPARE(MessageLoggerInterface::returnMe()->texts(), QStringList{"An unexpected error occurred"});
+        QCOMPARE(MessageLoggerInterface::returnMe()->entries().first().level, MessageLoggerInterface::LevelError);
+        MessageLoggerInterface::returnMe()->clear();
+
+        // Destroyed with its workers still busy: no crash, and the projects,
+        // which are the manager's, survive it.
+        ctrl->search(QStringLiteral("Blank"));
+        QTRY_VERIFY(ctrl->isSearchActive());
+        cleanup();
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+        for (const KAObject2Project* project : ProjectMgrInterface::returnMe()->projectList())
+            QVERIFY(!project->name().isEmpty());
+    }
+
     // Last: a job freed under the pool crashes the run; the others report first.
-    void supersedingSearchesNeverShowOlderResults();
-    void newSearchWhileOpeningWaitsForAPoolThread();
+    void supersedingSearchesNeverShowOlderResults()
+    {
+        RecordingCtrl* ctrl = m_ctrl.get();
+        for (const char* text : {"Sample", "Blank", "Échantillon", "Blank", "Sample", "Café"}) {
+            ctrl->search(QString::fromUtf8(text));
+            QTRY_COMPARE(ctrl->mediator()->text(), QString::fromUtf8(text)); // started, the older ones still running
+            // Results taken off the view wait to be freed, one search's at most.
+            QVERIFY(ctrl->mediator()->retiredResultCount() <= projects());
+        }
+        QTRY_QUIET();
+        QTRY_COMPARE(ctrl->mediator()->retiredResultCount(), 0);
+        // Each shown result answers the search in force when it was shown; the
+        // last lists each project that opens once, and the view holds just that.
+        for (const Shown& shown : qAsConst(ctrl->results)) {
+            const QString text = shown.text + ": " + shown.names;
+            QVERIFY2(shown.names.contains(shown.text, Qt::CaseInsensitive), qPrintable(text));
+        }
+        QSet<const KAObject2*> heads;
+        for (const Shown& shown : ctrl->current())
+            heads.insert(shown.head);
+        QCOMPARE(ctrl->current().size(), projects() - 1);
+        QCOMPARE(heads.size(), projects() - 1);
+        QCOMPARE(ctrl->view()->topLevelItemCount(), projects() - 1);
+        QCOMPARE(ctrl->view()->currentStateId(), KAAbstractBrowserListView::stateSearch);
+
+        // F5 runs the text again as a new search, on the controllers already made:
+        // the projects were opened once, whatever the number of searches.
+        const QList<KAAbstractBrowserCtrl*> opened = ctrl->mediator()->openedControllers();
+        const int first = ctrl->mediator()->currentSearch();
+        ctrl->view()->setFocus();
+        QTest::keyClick(ctrl->view(), Qt::Key_F5);
+        QVERIFY(ctrl->isSearchActive() && ctrl->mediator()->currentSearch() != first);
+        QCOMPARE(ctrl->mediator()->retiredResultCount(), projects() - 1); // off the view at once
+        QTRY_QUIET();
+        QCOMPARE(ctrl->mediator()->openedControllers(), opened);
+        QCOMPARE(ctrl->current().size(), projects() - 1);
+        QCOMPARE(m_progress.log.count(QString("start %1").arg(projects())), 1);
+        QCOMPARE(m_progress.log.count(QStringLiteral("step")), projects() - 1);
+    }
+
+    // The opening job is handed to a busy pool: it waits in the pool's queue
+    // when the next search comes. That search must neither lose it nor free it
+    // while the pool still holds it.
+    void newSearchWhileOpeningWaitsForAPoolThread()
+    {
+        QThreadPool::globalInstance()->setMaxThreadCount(1);
+        QSemaphore busy;
+        QThreadPool::globalInstance()->start([&busy] { busy.acquire(); });
+        QTRY_COMPARE(QThreadPool::globalInstance()->activeThreadCount(), 1);
+        m_ctrl->search(QStringLiteral("Blank"));
+        QTRY_VERIFY(m_ctrl->isSearchActive());
+        m_ctrl->search(QStringLiteral("Café"));
+        QTRY_COMPARE(m_ctrl->mediator()->text(), QStringLiteral("Café"));
+        busy.release(); // the pool thread frees and takes the queued jobs
+        QTRY_QUIET();
+        QCOMPARE(m_ctrl->current().size(), projects() - 1);
+    }
 
 private:
     int projects() const { return ProjectMgrInterface::returnMe()->projectList().size(); }
@@ -110,190 +285,6 @@ private:
     RecordingProgress m_progress;
     int m_poolThreads = QThreadPool::globalInstance()->maxThreadCount();
 };
-
-// Twice in a row: a result timer tick may sit between two checks.
-#define QTRY_QUIET() QTRY_VERIFY_WITH_TIMEOUT(quiet() && quiet(), 60000)
-
-void tst_BackgroundSearch::initTestCase()
-{
-    kaInitTestEnvironment();
-    TSampleGenerator::Options options = TestFixture::smallOptions();
-    options.projects = 6;
-    QString error;
-    QVERIFY2(!TSampleGenerator::generate(m_workspace.filePath("p"), options, &error).isEmpty(), qPrintable(error));
-    // The content of the first never says "Zebra"; the second is broken.
-    for (const char* name : {"Zebra Study", "Broken Blank"})
-        QVERIFY(TSampleGenerator::generateProject(m_workspace.filePath("p/") + name, name, options, 11, &error));
-    QFile database(TechDB::TDatabase::databasePath(m_workspace.filePath("p/Broken Blank")));
-    QVERIFY(database.open(QIODevice::ReadWrite) && database.write(QByteArray(4096, '\x5a')) == 4096);
-    // The Computer tree stays small and free of projects: what is searched
-    // is the host's project list, not the tree.
-    QVERIFY(QDir().mkpath(m_workspace.filePath("tree")));
-}
-
-// A controller with its view and the search timer at zero.
-void tst_BackgroundSearch::init()
-{
-    ProjectMgrInterface::returnMe()->setWorkspaceFolders({m_workspace.filePath("p")});
-    QCOMPARE(projects(), 8);
-    QFile::remove(KAProjectBrowserAbstract::treeStatePath());
-    MessageLoggerInterface::returnMe()->clear();
-    m_filter = std::make_unique<KAFileSystemBrowserFilterPackage>();
-    m_filter->setRootForced(m_workspace.filePath("tree"));
-    if (QTest::currentDataTag() == QLatin1String("project name only, projects left out"))
-        m_filter->remove(KAObjectTypeProject);
-    m_ctrl = std::make_unique<RecordingCtrl>(QStringLiteral("tst_backgroundsearch"));
-    m_ctrl->init(m_filter.get(), nullptr, false);
-    m_parent = std::make_unique<QWidget>();
-    m_ctrl->initView(m_parent.get());
-    m_ctrl->searchTimer()->setInterval(0);
-    m_progress.log.clear();
-    m_ctrl->setSearchProcessProgress(&m_progress);
-}
-
-void tst_BackgroundSearch::cleanup()
-{
-    m_ctrl.reset();
-    QThreadPool::globalInstance()->waitForDone();
-    QThreadPool::globalInstance()->setMaxThreadCount(m_poolThreads);
-    m_parent.reset();
-    ProjectMgrInterface::returnMe()->closeAll();
-    for (const MessageLoggerInterface::Entry& entry : MessageLoggerInterface::returnMe()->entries())
-        QVERIFY2(entry.level != MessageLoggerInterface::LevelError, qPrintable(entry.text));
-}
-
-void tst_BackgroundSearch::supersedingSearchesNeverShowOlderResults()
-{
-    RecordingCtrl* ctrl = m_ctrl.get();
-    for (const char* text : {"Sample", "Blank", "Échantillon", "Blank", "Sample", "Café"}) {
-        ctrl->search(QString::fromUtf8(text));
-        QTRY_COMPARE(ctrl->mediator()->text(), QString::fromUtf8(text)); // started, the older ones still running
-        // Results taken off the view wait to be freed, one search's at most.
-        QVERIFY(ctrl->mediator()->retiredResultCount() <= projects());
-    }
-    QTRY_QUIET();
-    QTRY_COMPARE(ctrl->mediator()->retiredResultCount(), 0);
-    // Each shown result answers the search in force when it was shown; the
-    // last lists each project that opens once, and the view holds just that.
-    for (const Shown& shown : qAsConst(ctrl->results))
-        QVERIFY2(shown.names.contains(shown.text, Qt::CaseInsensitive), qPrintable(shown.text + ": " + shown.names));
-    QSet<const KAObject2*> heads;
-    for (const Shown& shown : ctrl->current())
-        heads.insert(shown.head);
-    QCOMPARE(ctrl->current().size(), projects() - 1);
-    QCOMPARE(heads.size(), projects() - 1);
-    QCOMPARE(ctrl->view()->topLevelItemCount(), projects() - 1);
-    QCOMPARE(ctrl->view()->currentStateId(), KAAbstractBrowserListView::stateSearch);
-
-    // F5 runs the text again as a new search, on the controllers already made:
-    // the projects were opened once, whatever the number of searches.
-    const QList<KAAbstractBrowserCtrl*> opened = ctrl->mediator()->openedControllers();
-    const int first = ctrl->mediator()->currentSearch();
-    ctrl->view()->setFocus();
-    QTest::keyClick(ctrl->view(), Qt::Key_F5);
-    QVERIFY(ctrl->isSearchActive() && ctrl->mediator()->currentSearch() != first);
-    QCOMPARE(ctrl->mediator()->retiredResultCount(), projects() - 1); // off the view at once
-    QTRY_QUIET();
-    QCOMPARE(ctrl->mediator()->openedControllers(), opened);
-    QCOMPARE(ctrl->current().size(), projects() - 1);
-    QCOMPARE(m_progress.log.count(QString("start %1").arg(projects())), 1);
-    QCOMPARE(m_progress.log.count(QStringLiteral("step")), projects() - 1);
-}
-
-void tst_BackgroundSearch::resultsHeadedByTheirProject_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("count"); // -1: each project that opens, all with a "Blank" analysis
-    QTest::addColumn<bool>("projectFirst");
-    // A project whose name matches but whose content does not is listed,
-    // alone, only when projects are in the filter.
-    QTest::newRow("project name only") << "zebra" << 1 << false;
-    QTest::newRow("project name only, projects left out") << "zebra" << 0 << false;
-    QTest::newRow("one character") << "B" << -1 << true;
-    QTest::newRow("two characters") << "Bl" << -1 << true;
-    QTest::newRow("three characters") << "Bla" << -1 << false;
-}
-
-void tst_BackgroundSearch::resultsHeadedByTheirProject()
-{
-    QFETCH(QString, text);
-    QFETCH(int, count);
-    QFETCH(bool, projectFirst);
-    m_ctrl->search(text);
-    QTRY_VERIFY(m_ctrl->isSearchActive());
-    QTRY_QUIET();
-    QCOMPARE(m_ctrl->current().size(), count < 0 ? projects() - 1 : count);
-    for (const Shown& result : m_ctrl->current()) {
-        QVERIFY(result.head->type() == KAObjectTypeProject && result.projectFirst == projectFirst);
-        if (count == 1) // nothing but the project's name matched
-            QVERIFY(result.head->name() == QLatin1String("Zebra Study") && result.names.isEmpty());
-    }
-}
-
-// The opening job is handed to a busy pool: it waits in the pool's queue
-// when the next search comes. That search must neither lose it nor free it
-// while the pool still holds it.
-void tst_BackgroundSearch::newSearchWhileOpeningWaitsForAPoolThread()
-{
-    QThreadPool::globalInstance()->setMaxThreadCount(1);
-    QSemaphore busy;
-    QThreadPool::globalInstance()->start([&busy] { busy.acquire(); });
-    QTRY_COMPARE(QThreadPool::globalInstance()->activeThreadCount(), 1);
-    m_ctrl->search(QStringLiteral("Blank"));
-    QTRY_VERIFY(m_ctrl->isSearchActive());
-    m_ctrl->search(QStringLiteral("Café"));
-    QTRY_COMPARE(m_ctrl->mediator()->text(), QStringLiteral("Café"));
-    busy.release(); // the pool thread frees and takes the queued jobs
-    QTRY_QUIET();
-    QCOMPARE(m_ctrl->current().size(), projects() - 1);
-}
-
-void tst_BackgroundSearch::cancelErrorOrDestroyWhileOpening()
-{
-    // Cancelled while the projects are being opened: the view is reset, what
-    // was posted before the cancel was delivered by it, nothing comes after.
-    RecordingCtrl* ctrl = m_ctrl.get();
-    const int topLevel = ctrl->view()->topLevelItemCount();
-    ctrl->search(QStringLiteral("Blank"));
-    QTRY_VERIFY(ctrl->isSearchActive());
-    ctrl->search(QString());
-    QVERIFY(!ctrl->isSearchActive());
-    const int opened = ctrl->mediator()->openedControllers().size();
-    const int shown = ctrl->results.size();
-    QVERIFY2(opened < projects() - 1, "the opening ran to its end before the cancel");
-    QCOMPARE(ctrl->view()->currentStateId(), KAAbstractBrowserListView::stateNormal);
-    QCOMPARE(m_progress.log.last(), QStringLiteral("end"));
-    QTRY_COMPARE(QThreadPool::globalInstance()->activeThreadCount(), 0);
-    QCoreApplication::sendPostedEvents();
-    QCoreApplication::processEvents();
-    QCOMPARE(ctrl->mediator()->openedControllers().size(), opened);
-    QCOMPARE(ctrl->results.size(), shown);
-    QCOMPARE(ctrl->view()->topLevelItemCount(), topLevel);
-
-    // A worker's error cancels the search, resets the view and is logged.
-    ctrl->search(QStringLiteral("Sample"));
-    QTRY_VERIFY(ctrl->isSearchActive());
-    QCoreApplication::postEvent(ctrl->mediator(), new Mediator::ExceptionOccuredEvent);
-    QCoreApplication::sendPostedEvents(ctrl->mediator(), Mediator::ExceptionOccuredEvent::eventType());
-    QVERIFY(!ctrl->isSearchActive());
-    QCOMPARE(ctrl->view()->currentStateId(), KAAbstractBrowserListView::stateNormal);
-    QCOMPARE(ctrl->view()->topLevelItemCount(), topLevel);
-    const QList<MessageLoggerInterface::Entry> entries = MessageLoggerInterface::returnMe()->entries();
-    QCOMPARE(entries.size(), 1);
-    QCOMPARE(entries.first().level, MessageLoggerInterface::LevelError);
-    QCOMPARE(entries.first().text, QStringLiteral("An unexpected error occurred"));
-    MessageLoggerInterface::returnMe()->clear();
-
-    // Destroyed with its workers still busy: no crash, and the projects,
-    // which are the manager's, survive it.
-    ctrl->search(QStringLiteral("Blank"));
-    QTRY_VERIFY(ctrl->isSearchActive());
-    cleanup();
-    QCoreApplication::sendPostedEvents();
-    QCoreApplication::processEvents();
-    for (const KAObject2Project* project : ProjectMgrInterface::returnMe()->projectList())
-        QVERIFY(!project->name().isEmpty());
-}
 
 QTEST_MAIN(tst_BackgroundSearch)
 #include "tst_backgroundsearch.moc"
