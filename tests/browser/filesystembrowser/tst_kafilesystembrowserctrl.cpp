@@ -6,6 +6,8 @@
 #include "kafilesystembrowserobserver.h"
 #include "kafilesystembrowsersearchmediator.h"
 #include "kaobject2project.h"
+#include "kaobject2well.h"
+#include "tdatabase.h"
 #include "kaprojectbrowserabstract.h"
 #include "katreewidgetitem.h"
 #include "projectmgrinterface.h"
@@ -175,6 +177,22 @@ private slots:
             QVERIFY2(url.endsWith("/dossier%20%C3%A9t%C3%A9/" + name.second), url.constData());
             QCOMPARE(QUrl::fromEncoded(url).toLocalFile(), folder + '/' + name.first);
         }
+        // Dragged out of a project: an analysis gives its file, a well the
+        // files of its datasets, the project itself nothing.
+        const KAObject2Project* project = m_fixture->openSampleProject(QStringLiteral("Urls"));
+        QVERIFY(project && project->db());
+        TechDB::TDatabase* db = project->db();
+        const QList<const KAObject2*> analyses = db->getObjectLst(KAObjectTypeAnalysis);
+        const QList<const KAObject2*> wells = db->getObjectLst(KAObjectTypeWell);
+        QVERIFY(!analyses.isEmpty() && !wells.isEmpty());
+        const QList<const KAObject2*> datasets = db->datasetList(static_cast<const KAObject2Well*>(wells.first()));
+        QVERIFY(!datasets.isEmpty());
+        QList<const KAObject2*> objects{analyses.first(), wells.first(), project};
+        QList<QUrl> expected{QUrl::fromLocalFile(TechDB::TDatabase::objectFilePath(analyses.first()))};
+        for (const KAObject2* dataset : datasets)
+            expected << QUrl::fromLocalFile(TechDB::TDatabase::objectFilePath(dataset));
+        QCOMPARE(ctrl->getObjectUrls(&objects), expected);
+        QVERIFY(ctrl->getObjectUrls(nullptr).isEmpty());
     }
 
     // The file manager opens where the user makes the folder (no item: the
